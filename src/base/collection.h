@@ -1,0 +1,107 @@
+// The ordered, keyed collection that the database, the buffers and the tables keep their records in.
+#pragma once
+
+#include <bit>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "base/errors.h"
+#include "base/text.h"
+
+namespace tidewright {
+
+/// Items in the order of their adding, each under a key of its own. Keys compare without regard to letter
+/// case. Items are reached by key or by 1-based position, both in constant time; the memory of an index entry
+/// is four bytes.
+template <class T>
+class Collection {
+ public:
+  std::size_t count() const { return entries_.size(); }
+
+  /// Adds `item` as the last one. A key that is already present raises DuplicateKey and adds nothing.
+  T& add(std::string_view key, T item) {
+    if ((entries_.size() + 1) * 2 > slots_.size()) grow();
+    const std::uint32_t key_hash = hash(key);
+    std::uint32_t& slot = slots_[slot_of(key, key_hash)];
+    if (slot != kFree) raise(ErrorNumber::duplicate_key, key);
+    entries_.push_back({std::string(key), key_hash, std::move(item)});
+    slot = static_cast<std::uint32_t>(entries_.size());
+    return entries_.back().item;
+  }
+
+  /// Adds `item`, or puts it in the place of the item that has this key.
+  void put(std::string_view key, T item) {
+    if (T* const old = find(key)) {
+      *old = std::move(item);
+    } else {
+      add(key, std::move(item));
+    }
+  }
+
+  /// The item under `key`, or null.
+  const T* find(std::string_view key) const {
+    if (slots_.empty()) return nullptr;
+    const std::uint32_t slot = slots_[slot_of(key, hash(key))];
+    return slot == kFree ? nullptr : &entries_[slot - 1].item;
+  }
+  T* find(std::string_view key) { return const_cast<T*>(std::as_const(*this).find(key)); }
+
+  /// The item at 1-based `position`. Raises SubscriptOutOfRange.
+  const T& at(std::size_t position) const {
+    if (position < 1 || position > entries_.size()) raise(ErrorNumber::subscript_out_of_range);
+    return entries_[position - 1].item;
+  }
+
+  /// Takes out the item under `key`; later items move one position down. Linear. False when there is none.
+  bool remove(std::string_view key) {
+    if (slots_.empty()) return false;
+    const std::uint32_t slot = slots_[slot_of(key, hash(key))];
+    if (slot == kFree) return false;
+    entries_.erase(entries_.begin() + (slot - 1));
+    rebuild(slots_.size());
+    return true;
+  }
+
+ private:
+  struct Entry {
+    std::string key;
+    std::uint32_t key_hash;
+    T item;
+  };
+
+  // A slot holds an entry's position, so a free one holds 0.
+  static constexpr std::uint32_t kFree = 0;
+
+  static std::uint32_t hash(std::string_view key) {
+    std::uint32_t value = 2166136261u;
+    for (const char c : key) value = (value ^ static_cast<unsigned char>(lower(c))) * 16777619u;
+    return value ^ value >> 15;
+  }
+
+  // The slot that holds `key`, or the free one where it belongs.
+  std::size_t slot_of(std::string_view key, std::uint32_t key_hash) const {
+    const std::size_t mask = slots_.size() - 1;
+    for (std::size_t at = key_hash & mask;; at = (at + 1) & mask) {
+      if (slots_[at] == kFree) return at;
+      const Entry& entry = entries_[slots_[at] - 1];
+      if (entry.key_hash == key_hash && same_text(entry.key, key)) return at;
+    }
+  }
+
+  void grow() { rebuild(std::bit_ceil(entries_.size() * 2 + 16)); }
+
+  void rebuild(std::size_t slot_count) {
+    slots_.assign(slot_count, kFree);
+    for (std::size_t i = 0; i < entries_.size(); ++i) {
+      slots_[slot_of(entries_[i].key, entries_[i].key_hash)] = static_cast<std::uint32_t>(i + 1);
+    }
+  }
+
+  std::vector<Entry> entries_;
+  std::vector<std::uint32_t> slots_;
+};
+
+}  // namespace tidewright

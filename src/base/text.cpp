@@ -1,0 +1,61 @@
+#include "base/text.h"
+
+#include <algorithm>
+#include <charconv>
+
+namespace tidewright {
+
+void make_lower(std::string& text) {
+  for (char& c : text) c = lower(c);
+}
+
+std::string lowered(std::string_view text) {
+  std::string result(text);
+  make_lower(result);
+  return result;
+}
+
+bool same_text(std::string_view a, std::string_view b) {
+  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                    [](char x, char y) { return lower(x) == lower(y); });
+}
+
+void replace_all(std::string& text, std::string_view from, std::string_view to) {
+  std::size_t found = text.find(from);
+  if (found == std::string::npos) return;
+  std::string result;
+  result.reserve(text.size());
+  std::size_t start = 0;
+  for (; found != std::string::npos; found = text.find(from, start)) {
+    result.append(text, start, found - start).append(to);
+    start = found + from.size();
+  }
+  result.append(text, start);
+  text = std::move(result);
+}
+
+int hex_digit(char c) {
+  if (c >= '0' && c <= '9') return c - '0';
+  c = lower(c);
+  return c >= 'a' && c <= 'f' ? c - 'a' + 10 : -1;
+}
+
+void append_number(std::string& text, std::int64_t value) {
+  text.append(Piece(value).text());
+}
+
+Piece::Piece(std::int64_t value) {
+  const auto end = std::to_chars(digits_.data(), digits_.data() + digits_.size(), value).ptr;
+  text_ = std::string_view(digits_.data(), static_cast<std::size_t>(end - digits_.data()));
+}
+
+std::string cat(std::initializer_list<Piece> pieces) {
+  std::size_t length = 0;
+  for (const Piece& piece : pieces) length += piece.text().size();
+  std::string result;
+  result.reserve(length);
+  for (const Piece& piece : pieces) result.append(piece.text());
+  return result;
+}
+
+}  // namespace tidewright

@@ -1,0 +1,168 @@
+// FileBuffer's burning: labels get file positions, pointers their targets, and the chunks go into the target
+// file.
+#include <algorithm>
+#include <limits>
+
+#include "base/errors.h"
+#include "base/numbers.h"
+#include "base/text.h"
+#include "buffers/file_buffer.h"
+
+namespace tidewright {
+namespace {
+
+// putdata counts the bytes of a block in a 16-bit number.
+constexpr std::size_t kLongestPut = 32767;
+
+// A label or pointer may carry its position in its name, behind the first dot: "house.&h1000".
+std::string_view position_text(std::string_view name) {
+  const std::size_t dot = name.find('.');
+  return dot == std::string_view::npos ? name : name.substr(dot + 1);
+}
+
+}  // namespace
+
+void FileBuffer::burnbuffer() {
+  place_waiting_label();
+  place_labels();
+  for (std::size_t index = 1; index <= pointers_.count(); ++index) pointerpop(index);
+  write_chunks();
+  point_ = {};  // what was looked at last is no label of what comes next
+}
+
+void FileBuffer::tell_failure(std::string_view what, const fOffsett& point, std::string_view why) {
+  files_->echo_fault(cat({" - Skipped ", what, " ", point.name, " of buffer ", point.buffer, ": ", why}));
+}
+
+void FileBuffer::place_labels() {
+  std::int32_t position = 0;
+  for (int b = 0; b < kLabelSets; ++b) {
+    std::int16_t last_offset = 0;
+    const Collection<fOffsett>& labels = labels_[static_cast<std::size_t>(b)];
+    const auto length = static_cast<std::int32_t>(bytes(b).size());
+    for (std::size_t j = 1; j <= labels.count(); ++j) {
+      try {
+        place_label(labels.at(j), position, last_offset);
+      } catch (const RuntimeError& error) {
+        tell_failure("label", labels.at(j), error.description);
+      }
+    }
+    const std::int64_t end = std::int64_t{position} + length - last_offset;
+    if (end <= std::numeric_limits<std::int32_t>::max()) position = static_cast<std::int32_t>(end);
+  }
+}
+
+void FileBuffer::place_label(const fOffsett& label, std::int32_t& position, std::int16_t& last_offset) {
+  // A position that was given counts, but the next label is measured from the last one that was not given.
+  if (const std::int32_t given = pushed(label.name); given != 0) {
+    position = given;
+    return;
+  }
+  const std::string_view text = position_text(label.name);
+  const double next = static_cast<double>(position) + label.Offset - last_offset;
+  position = to_long(SmartNum::isvalue(text, false) ? Val(text) : next);
+  pushoffsett(label.name, position);
+  constexpr std::int32_t kLastHeld = std::numeric_limits<std::int16_t>::max();
+  if (label.Offset <= kLastHeld) {
+    last_offset = static_cast<std::int16_t>(label.Offset);
+  } else {
+    files_->echo(cat({" - Label ", label.name, " lies beyond byte ", kLastHeld, " of buffer ", label.buffer,
+                      ": the labels after it move apart"}));
+  }
+}
+
+void FileBuffer::pointerpop(std::size_t index) {
+  fOffsett pointer;
+  try {
+    // A copy: the record keeps its combined Offset, so that a second burn patches the same bytes.
+    pointer = get_Point(index, kLabelSets);
+    pointer.buffer = static_cast<std::uint8_t>(pointer.Offset / kBufferSpan);
+    pointer.Offset -= pointer.buffer * kBufferSpan;
+    patch(pointer);
+  } catch (const RuntimeError& error) {
+    tell_failure("pointer", pointer, error.description);
+  }
+}
+
+// The pointer value for a target: its position, the number its name holds, or what the user says.
+std::int32_t FileBuffer::target_of(const std::string& name) {
+  std::int32_t target = pushed(name);
+  if (target == 0 && name.starts_with('$')) target = pushed(std::string_view(name).substr(1));
+  if (target != 0) return num_.CPtr(static_cast<double>(target));
+  std::string text(position_text(name));
+  if (Val(text) == 0) {
+    text = files_->input_box(cat({"Enter offset for ", name, ":"}), "Floating Pointer must be pushed");
+    replace_all(text, "0x", "&h");
+  }
+  return num_.CPtr(text);
+}
+
+void FileBuffer::patch(const fOffsett& pointer) {
+  const std::int32_t target = target_of(pointer.name);
+  files_->echo(cat({" - Adjusting ", pointer.name, " in ", pointer.buffer, " at ", hex(target)}));
+  if (target == 0) files_->notice_box("Floating Pointers Must Be Pushed");
+  auto* const content = std::get_if<std::string>(&slots_[slot_index(pointer.buffer)]);
+  if (content == nullptr) raise(ErrorNumber::type_mismatch, "the buffer holds no bytes");
+  const std::size_t start = std::min(static_cast<std::size_t>(pointer.Offset), content->size());
+  content->replace(start, kPointerPlaceholder.size(), num_.numberpush(cat({target}), -kDword));
+}
+
+void FileBuffer::write_chunks() {
+  // Labels whose bytes still stand in the file's write buffer: they are told when giving them to the platform
+  // fails.
+  std::vector<const fOffsett*> unflushed;
+  const auto tell = [&](const RuntimeError& error) {
+    for (const fOffsett* label : unflushed) tell_failure("label", *label, error.description);
+    unflushed.clear();
+  };
+  for (int b = 0; b < kLabelSets; ++b) {
+    tell_unwritten(b);
+    const Collection<fOffsett>& labels = labels_[static_cast<std::size_t>(b)];
+    for (std::size_t j = 1; j <= labels.count(); ++j) {
+      const bool waiting = files_->unflushed() > 0;
+      if (!waiting) unflushed.clear();
+      try {
+        write_chunk(j, b);
+        unflushed.push_back(&labels.at(j));
+      } catch (const RuntimeError& error) {
+        // Bytes that still wait are not what failed.
+        if (waiting && files_->unflushed() > 0) {
+          tell_failure("label", labels.at(j), error.description);
+        } else {
+          unflushed.push_back(&labels.at(j));
+          tell(error);
+        }
+      }
+    }
+  }
+  if (unflushed.empty()) return;
+  try {
+    files_->flush_data();
+  } catch (const RuntimeError& error) {
+    tell(error);
+  }
+}
+
+void FileBuffer::write_chunk(std::size_t position, int set) {
+  std::string_view data = Get_Data(position, set);
+  const std::int32_t place = pushed(point_.name);
+  files_->SeekData(place);
+  if (place < 0) raise(ErrorNumber::invalid_call, "its position lies before the file");
+  std::string filler;
+  if (fill_ >= 0) data = filler.assign(data.size(), static_cast<char>(fill_));
+  files_->echo(cat({" - Putting [", data, "] at ", hex(place)}));
+  for (std::size_t start = 0; start < data.size(); start += kLongestPut) {
+    files_->putblock(data.substr(start, kLongestPut));
+  }
+}
+
+void FileBuffer::tell_unwritten(int buffer) {
+  const Collection<fOffsett>& labels = labels_[static_cast<std::size_t>(buffer)];
+  const std::size_t unwritten =
+      labels.count() == 0 ? bytes(buffer).size() : static_cast<std::size_t>(labels.at(1).Offset);
+  if (unwritten == 0) return;
+  files_->echo(
+      cat({" - ", unwritten, " bytes before the first label of buffer ", buffer, " are not written"}));
+}
+
+}  // namespace tidewright

@@ -1,0 +1,213 @@
+#include "database/encoder.h"
+
+#include <algorithm>
+
+#include "base/errors.h"
+#include "base/numbers.h"
+#include "base/text.h"
+#include "script/token_walk.h"
+
+namespace tidewright {
+namespace {
+
+// A constant longer than two groups of digits goes to the converter as a raw hexadecimal string.
+constexpr int kRawHex = -1;
+
+// By the number of whole four-digit groups behind "&h": none makes a byte, one a word, two a dword.
+int constant_kind(std::string_view constant) {
+  if (!constant.starts_with("&h")) return kByte;
+  const std::size_t groups = (constant.size() - 2) / 4;
+  return groups <= kDword ? static_cast<int>(groups) : kRawHex;
+}
+
+// What kind a value parameter's value has in the converter: an enum is a byte.
+int converter_kind(std::uint8_t kind) {
+  return kind == kEnum ? static_cast<int>(kByte) : kind;
+}
+
+bool is_resolved(std::string_view specification) {
+  const std::string_view word = specification.substr(0, specification.find('('));
+  return word.size() < specification.size() && (word == "mask" || word == "select" || word == "bind");
+}
+
+// How many hexadecimal digits numberpush will see.
+std::size_t digits_of(std::string_view value, double number) {
+  return value[0] == '&' ? value.size() - 2 : hex(to_long(number)).size();
+}
+
+}  // namespace
+
+void Encoder::echo(std::initializer_list<Piece> pieces) const {
+  list_.files_->echo(cat(pieces));
+}
+
+std::string Encoder::encode(std::string& code, std::string& extra) {
+  split(code, ' ', tokens_);
+  const tCmd* command = look_up();
+  if (command == nullptr) {
+    list_.files_->echo_fault(cat({"Invalid Command : ", tokens_[0]}));
+    extra = "no such command";
+    return "";
+  }
+  try {
+    command = end_of_chain(command);
+    echo({lineno_, ": Code Command - ", command->keyword(), " [", hex(command->bytecode()), "] "});
+    append_number(value_list_, command->bytecode());
+    kind_list_ = '0';
+    walk(*command);
+    tell_unused(*command);
+    echo({" -> ", value_list_});
+    std::string bytes = SmartNum(*list_.bank_).kaCodevals(value_list_, kind_list_);
+    code = std::move(bytes);
+    extra = std::move(kind_list_);
+    return std::move(value_list_);
+  } catch (const RuntimeError& error) {
+    list_.files_->echo_fault(cat({"Invald Command :", reached_ < tokens_.size() ? tokens_[reached_] : ""}));
+    extra = error.description;
+    return "";
+  }
+}
+
+// The command that the tokens call: by their standard form, or else by the first of them. Notes which are its
+// values.
+const tCmd* Encoder::look_up() {
+  values_.clear();
+  next_ = 0;
+  reached_ = 0;
+  const tCmd* command = tokens_.size() > 1 ? list_.find(standard_form(tokens_)) : nullptr;
+  if (command != nullptr) {
+    for (std::size_t i = 0; i < tokens_.size(); ++i) {
+      if (is_value(tokens_[i], true)) values_.push_back(i);
+    }
+    return command;
+  }
+  for (std::size_t i = 1; i < tokens_.size(); ++i) values_.push_back(i);
+  return list_.find(tokens_[0]);
+}
+
+const tCmd* Encoder::end_of_chain(const tCmd* command) {
+  std::vector<const tCmd*> seen;
+  while (command->alias()) {
+    if (std::find(seen.begin(), seen.end(), command) != seen.end()) {
+      raise(ErrorNumber::invalid_call, cat({"the alias ", command->keyword(), " comes back to itself"}));
+    }
+    seen.push_back(command);
+    echo({lineno_, ": Code Alias"});
+    follow_alias(*command);
+    command = look_up();
+    if (command == nullptr) raise(ErrorNumber::invalid_call, cat({"there is no command ", tokens_[0]}));
+  }
+  return command;
+}
+
+// Puts what the alias stands for, with the script's values in place, in the place of the tokens.
+void Encoder::follow_alias(const tCmd& alias) {
+  std::vector<std::string> phrase;
+  split(alias.ParmDesc(0), ' ', phrase);
+  bool takes_values = alias.parmcnt() > 1;
+  for (std::string& token : phrase) {
+    if (!is_value(token, true)) continue;
+    token = next_value();
+    takes_values = true;
+  }
+  for (int i = 1; i < alias.parmcnt(); ++i) {
+    const std::uint8_t kind = alias.Parmsise(i);
+    const std::string& description = alias.ParmDesc(i);
+    if (kind == kEndOfScript) continue;
+    if (kind <= kLastValueKind || (kind >= kFixed && description.empty())) {
+      phrase.push_back(next_value());
+    } else {
+      const tCmd* const named = kind == kNamedByte ? list_.find(description) : nullptr;
+      phrase.push_back(named == nullptr ? description : cat({named->bytecode()}));
+    }
+  }
+  if (takes_values) {
+    tell_unused(alias);
+  } else {
+    while (has_value()) phrase.push_back(next_value());
+  }
+  tokens_ = std::move(phrase);
+}
+
+// Adds the values of all parameters of `command` to the lists.
+void Encoder::walk(const tCmd& command) {
+  for (int i = 0; i < command.parmcnt(); ++i) {
+    const std::uint8_t kind = command.Parmsise(i);
+    const std::string& description = command.ParmDesc(i);
+    if (kind <= kLastValueKind || (kind >= kFixed && description.empty())) {
+      add_value_parameter(command, i);
+    } else if (kind == kConstant) {
+      add_number(description, constant_kind(description));
+    } else if (kind == kNamedByte) {
+      add_named_byte(description);
+    } else {
+      add(description, kind);
+    }
+  }
+}
+
+void Encoder::add_value_parameter(const tCmd& command, int index) {
+  const std::uint8_t kind = command.Parmsise(index);
+  if (kind == kEndOfScript) return;  // a mark for the decoder: no value, no byte
+  std::string value = next_value();
+  std::int16_t bound = 0;
+  std::string specification = command.ParmDesc(index);
+  if (is_resolved(specification)) bound = list_.resolveparm(specification, value);
+  add_number(value, converter_kind(kind));
+  if (bound == 0) return;
+  const tCmd& other = list_.record(static_cast<std::size_t>(bound));
+  if (other.alias())
+    raise(ErrorNumber::invalid_call, cat({other.keyword(), " is an alias, which nothing binds to"}));
+  walk(other);
+}
+
+void Encoder::add_named_byte(const std::string& description) {
+  const tCmd* const named = list_.find(description);
+  const std::uint8_t code = named != nullptr ? named->bytecode() : to_byte(Val(description));
+  if (named != nullptr) echo({lineno_, ": ", SmartNum::label(-kCommand), description, " [", hex(code), "] "});
+  add(cat({code}), kByte);
+}
+
+// Adds a value of the script, or a constant of the database: what is no number is refused, what is lost of
+// one is told.
+void Encoder::add_number(std::string_view value, int kind) {
+  if (kind == kRawHex) return add(value, kind);
+  const NumberPrefix number = number_prefix(value);
+  const bool pointer = is_pointer_kind(kind);
+  if (number.length == 0) {
+    if (!pointer || value.empty()) raise(ErrorNumber::type_mismatch, cat({"\"", value, "\" is no number"}));
+    if (value.find(',') != std::string_view::npos)
+      raise(ErrorNumber::type_mismatch, "a label cannot hold a comma");
+    return add(value, kind);
+  }
+  if (number.length < value.size()) {
+    echo({lineno_, ": Only ", value.substr(0, number.length), " of ", value, " is read"});
+  }
+  if (!pointer) {
+    const auto digits = static_cast<std::size_t>(SmartNum::width(-kind, 1));
+    if (digits_of(value, number.value) > digits) {
+      echo({lineno_, ": ", value, " has more than ", digits, " hexadecimal digits, the first ", digits,
+            " are kept"});
+    }
+  }
+  add(value, kind);
+}
+
+void Encoder::add(std::string_view value, int kind) {
+  value_list_ += ' ';
+  value_list_ += value;
+  kind_list_ += ',';
+  append_number(kind_list_, kind);
+}
+
+const std::string& Encoder::next_value() {
+  reached_ = has_value() ? values_[next_] : tokens_.size();
+  if (!has_value()) raise(ErrorNumber::invalid_call, "too few values");
+  return tokens_[values_[next_++]];
+}
+
+void Encoder::tell_unused(const tCmd& command) {
+  while (has_value()) echo({lineno_, ": ", command.keyword(), " has no use for the value ", next_value()});
+}
+
+}  // namespace tidewright

@@ -1,0 +1,46 @@
+// The working state of one CmdList::encode: a code line on its way to bytes.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "database/cmd_list.h"
+
+namespace tidewright {
+
+class Encoder {
+ public:
+  /// `lineno` stands in front of the messages.
+  Encoder(const CmdList& list, std::int16_t lineno) : list_(list), lineno_(lineno) {}
+
+  /// See CmdList::encode.
+  std::string encode(std::string& code, std::string& extra);
+
+ private:
+  const tCmd* look_up();
+  const tCmd* end_of_chain(const tCmd* command);
+  void follow_alias(const tCmd& alias);
+  void walk(const tCmd& command);
+  void add_value_parameter(const tCmd& command, int index);
+  void add_named_byte(const std::string& description);
+  void add_number(std::string_view value, int kind);
+  void add(std::string_view value, int kind);
+  bool has_value() const { return next_ < values_.size(); }
+  const std::string& next_value();
+  void tell_unused(const tCmd& command);
+  void echo(std::initializer_list<Piece> pieces) const;
+
+  const CmdList& list_;
+  std::int16_t lineno_;
+  std::vector<std::string>
+      tokens_;  // of the statement that is looked at: the line, or what an alias made of it
+  std::vector<std::size_t> values_;  // which of them are the script's values
+  std::size_t next_ = 0;             // the first value not yet taken
+  std::size_t reached_ = 0;          // the token that the walk has come to, for the message
+  std::string value_list_;
+  std::string kind_list_;
+};
+
+}  // namespace tidewright

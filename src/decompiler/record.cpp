@@ -1,0 +1,55 @@
+#include "decompiler/record.h"
+
+#include <algorithm>
+
+#include "base/text.h"
+#include "script/token_walk.h"
+
+namespace tidewright {
+namespace {
+
+struct TypeWord {
+  std::string_view word;
+  Kind kind;
+};
+
+constexpr TypeWord kTypeWords[] = {
+    {"b", kByte},     {"byte", kByte}, {"char", kByte},       {"i", kWord},
+    {"word", kWord},  {"int", kWord},  {"l", kDword},         {"dword", kDword},
+    {"long", kDword}, {"p", kPointer}, {"pointer", kPointer}, {"ptr", kPointer},
+};
+
+constexpr std::string_view kRecordTypes[] = {"move", "binary", "raw"};
+
+}  // namespace
+
+std::string Record::Draw(std::string_view line) const {
+  TokenWalk walk(line, ' ');
+  std::string token;
+  walk.next(token);
+  if (std::find(std::begin(kRecordTypes), std::end(kRecordTypes), token) == std::end(kRecordTypes)) {
+    files_->echo("not implimented");
+    return "";
+  }
+  std::string values;
+  std::string kinds;
+  Kind kind = kByte;
+  while (walk.next(token)) {
+    const auto* const type = std::find_if(std::begin(kTypeWords), std::end(kTypeWords),
+                                          [&](const TypeWord& row) { return row.word == token; });
+    if (type != std::end(kTypeWords)) {
+      kind = type->kind;
+      continue;
+    }
+    if (!values.empty()) {
+      values += ' ';
+      kinds += ',';
+    }
+    if (!token.starts_with("&h")) values += "&h";
+    values += token;
+    append_number(kinds, kind);
+  }
+  return num_.kaCodevals(values, kinds);
+}
+
+}  // namespace tidewright

@@ -1,0 +1,128 @@
+#include "files/data_file.h"
+
+#include <algorithm>
+
+#include "base/errors.h"
+#include "base/text.h"
+
+namespace tidewright {
+
+DataFile::DataFile(std::unique_ptr<File> file, std::string name, bool readable, bool writable)
+    : file_(std::move(file)), name_(std::move(name)), readable_(readable), writable_(writable) {}
+
+// Makes at least one byte readable; false at the end of the file.
+bool DataFile::fill() {
+  if (read_at_ < read_buffer_.size()) return true;
+  want_readable();
+  const std::int64_t position = read_position();
+  read_buffer_.resize(kBufferSize);
+  file_->seek(position);
+  read_buffer_.resize(file_->read(read_buffer_.data(), kBufferSize));
+  buffer_start_ = position;
+  read_at_ = 0;
+  return !read_buffer_.empty();
+}
+
+void DataFile::want_readable() {
+  if (!readable_) raise(ErrorNumber::bad_file_mode, cat({name_, " is not open for reading"}));
+  if (!write_buffer_.empty()) flush();
+}
+
+void DataFile::drop_read_buffer() {
+  buffer_start_ = read_position();
+  read_buffer_.clear();
+  read_at_ = 0;
+}
+
+int DataFile::peek() {
+  return fill() ? static_cast<unsigned char>(read_buffer_[read_at_]) : -1;
+}
+
+int DataFile::get() {
+  const int byte = peek();
+  if (byte >= 0) ++read_at_;
+  return byte;
+}
+
+void DataFile::read_line(std::string& line) {
+  line.clear();
+  if (!fill()) raise(ErrorNumber::input_past_end, name_);
+  do {
+    const std::string_view left = std::string_view(read_buffer_).substr(read_at_);
+    const std::size_t feed = left.find('\n');
+    const std::size_t end = std::min(feed, left.substr(0, feed).find('\r'));
+    line.append(left.substr(0, end));
+    if (end != std::string_view::npos) {
+      read_at_ += end;
+      if (get() == '\r' && peek() == '\n') get();
+      break;
+    }
+    read_at_ = read_buffer_.size();
+  } while (fill());
+  // Editors mark UTF-8 texts with these three bytes; they are no part of the first line.
+  if (lines_read_++ == 0 && line.starts_with("\xEF\xBB\xBF")) line.erase(0, 3);
+}
+
+std::string DataFile::read(std::size_t size) {
+  std::string bytes;
+  while (bytes.size() < size && fill()) {
+    const std::size_t piece = std::min(size - bytes.size(), read_buffer_.size() - read_at_);
+    bytes.append(read_buffer_, read_at_, piece);
+    read_at_ += piece;
+  }
+  // Beyond the end the position moves on all the same.
+  if (bytes.size() < size) {
+    buffer_start_ = read_position() + static_cast<std::int64_t>(size - bytes.size());
+    read_buffer_.clear();
+    read_at_ = 0;
+  }
+  bytes.resize(size, '\0');
+  return bytes;
+}
+
+void DataFile::write(std::string_view bytes) {
+  if (!writable_) raise(ErrorNumber::permission_denied, cat({name_, " cannot be written"}));
+  if (write_buffer_.empty()) drop_read_buffer();
+  write_buffer_ += bytes;
+  if (write_buffer_.size() >= kBufferSize) flush();
+}
+
+void DataFile::seek(std::int64_t position) {
+  if (position == this->position()) return;
+  flush();
+  buffer_start_ = position;
+  read_buffer_.clear();
+  read_at_ = 0;
+}
+
+std::int64_t DataFile::length() {
+  flush();
+  return file_->length();
+}
+
+bool DataFile::at_end() {
+  return readable_ ? peek() < 0 : true;
+}
+
+void DataFile::flush() {
+  if (write_buffer_.empty()) return;
+  std::string bytes;
+  bytes.swap(write_buffer_);
+  const std::int64_t start = buffer_start_;
+  buffer_start_ += static_cast<std::int64_t>(bytes.size());
+  file_->seek(start);
+  for (std::string_view left = bytes; !left.empty();) {
+    const std::size_t written = file_->write(left);
+    if (written == 0) raise(ErrorNumber::device_io, name_);
+    left.remove_prefix(written);
+  }
+  bytes.clear();
+  bytes.swap(write_buffer_);  // keeps its memory for the next run
+}
+
+void DataFile::close() {
+  flush();
+  file_->close();
+}
+
+}  // namespace tidewright

@@ -1,0 +1,75 @@
+// One open file of FileHandle: a platform file with a buffer before it, and the text lines and fields read
+// from it.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "platform/host.h"
+
+namespace tidewright {
+
+/// Buffered access to a platform file: runs of bytes read or written one after another reach the platform in
+/// large pieces. Positions are bytes from the start, 0-based. Everything here raises what the platform
+/// raises. Bytes written reach it with flush(), close(), a seek elsewhere or a full buffer; those not yet
+/// there are lost when one of these fails, so that nothing is ever written twice.
+class DataFile {
+ public:
+  DataFile(std::unique_ptr<File> file, std::string name, bool readable, bool writable);
+
+  const std::string& name() const { return name_; }
+  bool writable() const { return writable_; }
+
+  /// Physical text lines read so far: the number of the line last read, 1-based.
+  std::int32_t lines_read() const { return lines_read_; }
+
+  /// Reads a text line without its end (CR LF, LF or CR; the last line needs none) into `line`. Raises
+  /// InputPastEnd.
+  void read_line(std::string& line);
+
+  /// Reads `size` bytes; those beyond the end of the file read as zero.
+  std::string read(std::size_t size);
+
+  /// The next byte, or -1 at the end of the file; peek() leaves it unread.
+  int get();
+  int peek();
+
+  void write(std::string_view bytes);
+
+  void seek(std::int64_t position);
+  std::int64_t position() const { return write_buffer_.empty() ? read_position() : write_position(); }
+  std::int64_t length();
+  bool at_end();
+
+  /// Bytes written that the platform has not been given yet.
+  std::size_t unflushed() const { return write_buffer_.size(); }
+  void flush();
+  void close();
+
+ private:
+  static constexpr std::size_t kBufferSize = 64 * 1024;
+
+  std::int64_t read_position() const { return buffer_start_ + static_cast<std::int64_t>(read_at_); }
+  std::int64_t write_position() const {
+    return buffer_start_ + static_cast<std::int64_t>(write_buffer_.size());
+  }
+  bool fill();
+  void want_readable();
+  void drop_read_buffer();
+
+  std::unique_ptr<File> file_;
+  std::string name_;
+  bool readable_;
+  bool writable_;
+  std::int32_t lines_read_ = 0;
+
+  // At most one of the two buffers holds bytes; the file position of its first byte is buffer_start_.
+  std::int64_t buffer_start_ = 0;
+  std::string read_buffer_;
+  std::size_t read_at_ = 0;
+  std::string write_buffer_;
+};
+
+}  // namespace tidewright

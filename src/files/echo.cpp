@@ -1,0 +1,130 @@
+// FileHandle's messages: the console, the session log and the boxes.
+#include <algorithm>
+#include <cstdio>
+
+#include "base/errors.h"
+#include "base/text.h"
+#include "files/file_handle.h"
+#include "files/names.h"
+
+namespace tidewright {
+namespace {
+
+// The console is a rolling view: a text longer than the first is cut to the second.
+constexpr std::size_t kConsoleLimit = 10000;
+constexpr std::size_t kConsoleKept = 8000;
+
+std::string formatted(const std::tm& time, const char* pattern) {
+  char text[32];
+  return {text, std::strftime(text, sizeof text, pattern, &time)};
+}
+
+}  // namespace
+
+FileHandle::FileHandle(const Host& host, const std::string& log_folder) : host_(host) {
+  try {
+    host_.files.make_folder(log_folder);
+  } catch (const RuntimeError&) {
+    // It is there already, most often; where it cannot be made, opening the log says so.
+  }
+  const std::tm now = host_.clock.now();
+  const std::string path = joined(
+      host_.files, log_folder, cat({"[", formatted(now, "%Y%m%d-%H%M"), "]", host_.program.name(), ".log"}));
+  files_[kLogFile].emplace(host_.files.open(path, Access::create), path, false, true);
+  echo(cat({"Logging started", formatted(now, "%Y-%m-%d %H:%M:%S"), kLineEnd}));
+  ++level_;
+}
+
+FileHandle::~FileHandle() {
+  flush_output();
+}
+
+int FileHandle::lowest_free_number() const {
+  int number = kLogFile;
+  while (number <= kLastFile && files_[static_cast<std::size_t>(number)]) ++number;
+  return number;
+}
+
+void FileHandle::echo(std::string_view text, bool underline, int indent) {
+  if (text.empty()) return;
+  const std::string line(underline ? text.size() - 1 : 0, '-');
+  try {
+    if (console_ != nullptr && console_->text().size() > kConsoleLimit) {
+      console_->text(console_->text().substr(console_->text().size() - kConsoleKept));
+    }
+    if (console_ != nullptr && console_->Visible()) {
+      console_->add(text);
+      if (underline) console_->add(line);
+    }
+  } catch (const RuntimeError&) {
+    // A console that fails must not keep the line from the log.
+  }
+  static constexpr std::string_view kMarks = "||||||||||||||||";
+  const std::string_view marks =
+      kMarks.substr(0, static_cast<std::size_t>(std::max(lowest_free_number() - 2, 0)));
+  const std::string prefix =
+      indent > 0 ? std::string(static_cast<std::size_t>(indent), ' ') + "- " : std::string();
+  write_log(marks, prefix, text);
+  if (underline) write_log(marks, "/", line);
+}
+
+void FileHandle::write_log(std::string_view marks, std::string_view prefix, std::string_view text) {
+  std::optional<DataFile>& log = files_[kLogFile];
+  if (!log) return;
+  try {
+    log->write(marks);
+    log->write(prefix);
+    log->write(text);
+    log->write(kLineEnd);
+  } catch (const RuntimeError&) {
+    // A message is never worth an error: the console has the line.
+  }
+}
+
+void FileHandle::echo_fault(std::string_view text) {
+  troubled_ = true;
+  echo(text);
+}
+
+void FileHandle::cls() {
+  if (console_ != nullptr) console_->text("");
+}
+
+void FileHandle::critical_box(const std::string& text) {
+  troubled_ = true;
+  flush_output();
+  host_.user.critical_box(text);
+}
+
+void FileHandle::notice_box(const std::string& text) {
+  troubled_ = true;
+  flush_output();
+  host_.user.notice_box(text);
+}
+
+void FileHandle::message_box(const std::string& text) {
+  troubled_ = true;
+  flush_output();
+  host_.user.message_box(text);
+}
+
+bool FileHandle::yes_no_box(const std::string& text, const std::string& title) {
+  flush_output();
+  return host_.user.yes_no_box(text, title);
+}
+
+std::string FileHandle::input_box(const std::string& prompt, const std::string& title) {
+  flush_output();
+  return host_.user.input_box(prompt, title);
+}
+
+void FileHandle::flush_output() {
+  try {
+    if (console_ != nullptr) console_->flush();
+    if (files_[kLogFile]) files_[kLogFile]->flush();
+  } catch (const RuntimeError&) {
+    // As in echo: messages never raise.
+  }
+}
+
+}  // namespace tidewright

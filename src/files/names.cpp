@@ -1,0 +1,105 @@
+#include "files/names.h"
+
+#include "base/numbers.h"
+#include "base/text.h"
+#include "script/token_walk.h"
+
+namespace tidewright {
+namespace {
+
+constexpr std::string_view kSeparators = "\\/";
+
+bool is_escape(std::string_view text) {
+  return text.size() >= 3 && text[0] == '%' && hex_digit(text[1]) >= 0 && hex_digit(text[2]) >= 0;
+}
+
+// What the tokenizer leaves of a name, letter case aside.
+std::string as_token(std::string_view name) {
+  std::string token = with_blanks(name);
+  normalize(token);
+  make_lower(token);
+  return token;
+}
+
+// The entry of `folder` that `part` means, or nothing.
+std::optional<std::string> entry_like(Files& files, const std::string& folder, std::string_view part) {
+  const std::vector<Entry> entries = files.list(joined(files, folder, "*"), kEveryAttribute);
+  for (const Entry& entry : entries) {
+    if (same_text(entry.name, part)) return entry.name;
+  }
+  const std::string token = as_token(part);
+  for (const Entry& entry : entries) {
+    if (as_token(entry.name) == token) return entry.name;
+  }
+  return {};
+}
+
+}  // namespace
+
+std::size_t last_separator(std::string_view path) {
+  return path.find_last_of(kSeparators);
+}
+
+bool is_absolute(std::string_view path) {
+  return (!path.empty() && kSeparators.find(path[0]) != std::string_view::npos) ||
+         path.find(':') != std::string_view::npos;
+}
+
+std::string joined(Files& files, std::string_view folder, std::string_view name) {
+  if (folder.empty()) return std::string(name);
+  if (last_separator(folder) == folder.size() - 1) return cat({folder, name});
+  return cat({folder, files.separator(), name});
+}
+
+std::string blank_free(std::string_view name) {
+  std::string result;
+  for (std::size_t i = 0; i < name.size(); ++i) {
+    const char c = name[i];
+    const bool rewritten = c == '#' || (c == 'x' && i > 0 && name[i - 1] == '0');
+    if (c == ' ' || c == '\t' || rewritten || is_escape(name.substr(i))) {
+      result += '%';
+      result += hex_bytes(name.substr(i, 1));
+    } else {
+      result += c;
+    }
+  }
+  return result;
+}
+
+std::string with_blanks(std::string_view name) {
+  std::string result;
+  for (std::size_t i = 0; i < name.size(); ++i) {
+    if (is_escape(name.substr(i))) {
+      result += static_cast<char>(hex_digit(name[i + 1]) << 4 | hex_digit(name[i + 2]));
+      i += 2;
+    } else {
+      result += name[i];
+    }
+  }
+  return result;
+}
+
+std::string actual_path(Files& files, const std::string& path) {
+  if (path.empty() || files.find(path)) return path;
+  const bool has_drive = path.size() > 1 && path[1] == ':';
+  std::string actual(path, 0, has_drive ? 2 : 0);
+  std::string_view left = std::string_view(path).substr(actual.size());
+  while (!left.empty()) {
+    const std::size_t end = left.find_first_of(kSeparators);
+    const std::string_view part = left.substr(0, end);
+    const bool known = part.empty() || part == "." || part == ".." ||
+                       part.find_first_of("*?") != std::string_view::npos ||
+                       files.find(actual + std::string(part));
+    if (known) {
+      actual += part;
+    } else {
+      actual += entry_like(files, actual, part).value_or(with_blanks(part));
+    }
+    if (end == std::string_view::npos) break;
+    actual += files.separator();
+    left.remove_prefix(end + 1);
+  }
+  return actual;
+}
+
+}  // namespace tidewright

@@ -1,0 +1,139 @@
+// FileHandle's names: the current file by parts, short forms, file choice.
+#include <string>
+
+#include "base/errors.h"
+#include "base/text.h"
+#include "files/file_handle.h"
+#include "files/names.h"
+
+namespace tidewright {
+namespace {
+
+enum class Part { none, full, name, folder, extension };
+
+struct PartWord {
+  std::string_view word;
+  Part part;
+};
+
+constexpr PartWord kPartWords[] = {
+    {"fullpath", Part::full},       {"fullname", Part::full},    {"filename", Part::name},
+    {"file", Part::name},           {"name", Part::name},        {"path", Part::folder},
+    {"dir", Part::folder},          {"directory", Part::folder}, {"ext", Part::extension},
+    {"extension", Part::extension},
+};
+
+Part part_of(std::string_view word) {
+  for (const PartWord& row : kPartWords) {
+    if (same_text(row.word, word)) return row.part;
+  }
+  return Part::none;
+}
+
+// The folder of a path, given where its last separator stands; a root keeps its separator.
+std::string folder_of(const std::string& path, std::size_t separator) {
+  const bool root = separator == 0 || (separator == 2 && path[1] == ':');
+  return path.substr(0, root ? separator + 1 : separator);
+}
+
+}  // namespace
+
+std::string FileHandle::filename(std::string_view part) const {
+  switch (part_of(part)) {
+    case Part::full:
+      if (name_.empty()) return "";
+      return joined(host_.files, host_.files.current_folder(), cat({name_, ".", extension_}));
+    case Part::name:
+      return name_;
+    case Part::folder:
+      return host_.files.current_folder();
+    case Part::extension:
+      return extension_;
+    case Part::none:
+      break;
+  }
+  return "";
+}
+
+void FileHandle::filename(std::string_view part, const std::string& text) {
+  switch (part_of(part)) {
+    case Part::none:
+      return;
+    case Part::name:
+      name_ = text;
+      return;
+    case Part::extension:
+      extension_ = text;
+      return;
+    case Part::folder: {
+      std::string folder = text;
+      Dos("chdir", folder);
+      return;
+    }
+    case Part::full:
+      break;
+  }
+  name_.clear();
+  const std::size_t separator = last_separator(text);
+  const std::size_t dot = text.rfind('.');
+  std::string folder;
+  if (dot == std::string::npos) {
+    folder = text;
+  } else {
+    const std::size_t start = separator == std::string::npos ? 0 : separator + 1;
+    const bool in_name = separator == std::string::npos || separator < dot;
+    extension_ = in_name ? text.substr(dot + 1) : "";
+    // A character is always left out for the dot, so a name without one loses its last letter. Kept as it is.
+    const std::size_t end = in_name ? dot : text.size() - 1;
+    if (start < end) name_ = text.substr(start, end - start);
+    if (separator != std::string::npos) folder = folder_of(text, separator);
+  }
+  if (!folder.empty()) Dos("chdir", folder);
+}
+
+std::string FileHandle::short_form(const std::string& path, const std::string& name) const {
+  const std::string short_name = host_.files.short_name(path);
+  return short_name.empty() || short_name.find(' ') != std::string::npos ? blank_free(name) : short_name;
+}
+
+bool FileHandle::ShrinkName(std::string& text) {
+  bool dropped = false;
+  while (true) {
+    const std::size_t open = text.find('"');
+    const std::size_t close = open == std::string::npos ? open : text.find('"', open + 1);
+    if (close == std::string::npos) return dropped;
+    const std::string quoted = text.substr(open + 1, close - open - 1);
+    const std::string path = actual_path(host_.files, quoted);
+    const std::optional<Entry> exact = quoted.empty() ? std::nullopt : host_.files.find(path);
+    std::vector<Entry> matches;
+    if (!exact && !quoted.empty()) matches = host_.files.list(path, kReadOnly);
+    std::string short_name;
+    if (exact || !matches.empty()) {
+      // Only the bare name is put in, so a quoted path works while its folder is the current one. Kept as it
+      // is.
+      const std::string& name = exact ? exact->name : matches.front().name;
+      short_name = short_form(exact ? path : name, name);
+      const std::size_t separator = last_separator(short_name);
+      if (separator != std::string::npos) short_name.erase(0, separator + 1);
+    } else {
+      dropped = true;
+      echo_fault(cat({" - There is no file \"", quoted, "\""}));
+    }
+    text.replace(open, close - open + 1, short_name);
+  }
+}
+
+std::string FileHandle::shortenname(const std::string& name) {
+  const std::string path = actual_path(host_.files, name);
+  const std::optional<Entry> found = host_.files.find(path);
+  return found ? lowered(short_form(path, found->name)) : "";
+}
+
+std::string FileHandle::getfile(std::string_view mode) {
+  const std::string word = lowered(mode);
+  const bool saving = word.ends_with("output") || word.ends_with("write");
+  flush_output();
+  return host_.user.file_box(saving ? "Save file ...." : "Open file ....", saving);
+}
+
+}  // namespace tidewright

@@ -1,0 +1,139 @@
+// The machine as the program sees it. Everything that the program wants of the platform goes through these
+// interfaces; posix/ implements them for a real machine, memory/ for tests. Nothing outside platform/ knows
+// which one it has.
+//
+// Paths are texts in the platform's own form. Any operation here raises a RuntimeError when the platform
+// refuses: 53 file not found, 57 device I/O, 61 disk full, 68 no such drive, 70 permission denied, 75/76 path
+// errors.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <ctime>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace tidewright {
+
+enum class Access {
+  read,    // an existing file
+  create,  // made, or cut to nothing when it is there
+  update,  // read and written in place; made when it is not there
+};
+
+/// One open file. Positions and lengths are bytes from the start, 0-based. Closed when it goes out of scope.
+class File {
+ public:
+  virtual ~File() = default;
+
+  /// Reads up to `size` bytes at the position and moves it; 0 at the end of the file.
+  virtual std::size_t read(char* data, std::size_t size) = 0;
+  /// Writes at the position and moves it. May write less than it was given (never 0 bytes of a non-empty
+  /// text).
+  virtual std::size_t write(std::string_view data) = 0;
+  virtual void seek(std::int64_t position) = 0;
+  virtual std::int64_t length() = 0;
+  /// Hands everything written so far to the platform's storage.
+  virtual void flush() = 0;
+  /// Closes the file and raises what went wrong with it. Any later call is a fault of the caller.
+  virtual void close() = 0;
+};
+
+/// Attributes of a directory entry, as bits.
+enum Attribute : int {
+  kNormal = 0,
+  kReadOnly = 1,
+  kHidden = 2,
+  kSystem = 4,
+  kVolume = 8,
+  kDirectory = 16,
+  kEveryAttribute = 31,
+};
+
+struct Entry {
+  std::string name;
+  int attributes = kNormal;
+};
+
+/// Files and folders by name.
+class Files {
+ public:
+  virtual ~Files() = default;
+
+  virtual std::unique_ptr<File> open(const std::string& path, Access access) = 0;
+
+  /// '\\' or '/': what stands between folders in the paths that the program composes.
+  virtual char separator() const = 0;
+
+  /// The current folder, whole, without a separator at its end but for a root.
+  virtual std::string current_folder() = 0;
+  virtual void change_folder(const std::string& folder) = 0;
+  /// Makes `drive`, a letter, the current drive.
+  virtual void change_drive(char drive) = 0;
+
+  /// What exactly this path names, without wildcards; nothing when there is no such file or folder.
+  virtual std::optional<Entry> find(const std::string& path) = 0;
+  /// The entries, sorted by name, that match the last part of `pattern` ("*" and "?" are wildcards, "*.*" is
+  /// everything, letter case does not count). Hidden, system and folder entries only when `attributes` names
+  /// them.
+  /// "." and ".." are left out. A folder that is not there has no entries.
+  virtual std::vector<Entry> list(const std::string& pattern, int attributes) = 0;
+
+  virtual void make_folder(const std::string& folder) = 0;
+  virtual void remove_folder(const std::string& folder) = 0;
+  virtual void remove_file(const std::string& path) = 0;
+
+  /// The platform's short form of an existing name; empty when it has none or nothing has that name.
+  virtual std::string short_name(const std::string& path) = 0;
+};
+
+/// The program itself: where it stands and what it is called, without its extension.
+class Program {
+ public:
+  virtual ~Program() = default;
+  virtual std::string folder() = 0;
+  virtual std::string name() = 0;
+};
+
+class Clock {
+ public:
+  virtual ~Clock() = default;
+  /// The local date and time.
+  virtual std::tm now() = 0;
+};
+
+/// The desktop. Nothing here is waited for, and failure is silent.
+class Desktop {
+ public:
+  virtual ~Desktop() = default;
+  virtual void open_document(const std::string& path) = 0;
+  virtual void start_program(const std::string& command) = 0;
+};
+
+/// The person. A box returns once it is answered; where nobody can be asked, a choice counts as cancelled.
+class User {
+ public:
+  virtual ~User() = default;
+  virtual void critical_box(const std::string& text) = 0;
+  virtual void notice_box(const std::string& text) = 0;
+  virtual void message_box(const std::string& text) = 0;
+  virtual bool yes_no_box(const std::string& text, const std::string& title) = 0;
+  /// The text typed; empty when cancelled.
+  virtual std::string input_box(const std::string& prompt, const std::string& title) = 0;
+  /// The full name of the file chosen; empty when cancelled. `saving` asks for a file to write.
+  virtual std::string file_box(const std::string& title, bool saving) = 0;
+};
+
+/// One machine: its interfaces together.
+struct Host {
+  Files& files;
+  Program& program;
+  Clock& clock;
+  Desktop& desktop;
+  User& user;
+};
+
+}  // namespace tidewright

@@ -1,0 +1,227 @@
+#include "processor/control.h"
+
+#include <new>
+#include <stdexcept>
+
+#include "base/errors.h"
+#include "base/numbers.h"
+#include "base/text.h"
+#include "processor/shared.h"
+
+namespace tidewright {
+namespace {
+
+// How a chunk is written tells the decompiler what it is.
+constexpr std::int16_t kCodeMode = 3;
+constexpr std::int16_t kTextMode = 8;
+
+// Markers of lines that are comment as a whole, or text.
+constexpr std::string_view kWholeLineMarkers = "/='!";
+
+// A line in a message: long ones are cut.
+std::string_view shown(std::string_view line) {
+  return line.substr(0, 200);
+}
+
+}  // namespace
+
+Control::Control(Shared& shared) : shared_(shared) {
+  shared_.bank.autobank = true;
+}
+
+void Control::pending(std::string line) {
+  guarded([&] { KaCode(line); });
+}
+
+std::string Control::clear_pendng() {
+  pending_text_.clear();
+  return "";
+}
+
+void Control::run_file(std::string name) {
+  guarded([&] { open_and_run(std::move(name)); });
+}
+
+void Control::guarded(const std::function<void()>& work) {
+  if (guarded_) return work();
+  guarded_ = true;
+  failed_line_.clear();
+  try {
+    work();
+  } catch (const RuntimeError& error) {
+    report(error.description, static_cast<int>(error.number));
+  } catch (const std::bad_alloc&) {
+    report(error_name(ErrorNumber::out_of_memory), static_cast<int>(ErrorNumber::out_of_memory));
+  } catch (const std::length_error&) {
+    report(error_name(ErrorNumber::out_of_memory), static_cast<int>(ErrorNumber::out_of_memory));
+  }
+  guarded_ = false;
+}
+
+// Tells of an error that ended the outermost line, and makes the session ready for the next one.
+void Control::report(std::string_view description, int number) {
+  FileHandle& files = shared_.file_handle;
+  std::string text = files.location();
+  if (!text.empty()) text += ": ";
+  text += cat({"error ", number, ": ", description});
+  if (!failed_line_.empty()) text += cat({", in \"", shown(failed_line_), "\""});
+  files.critical_box(text);
+  files.echo(text);
+  files.close_all();
+  running_ = false;
+  definition_.clear();
+  shared_.cmd_list.newcmd() = tCmd();
+  shared_.file_buffer.forget_waiting_label();
+}
+
+void Control::KaCode(std::string& line) {
+  SmartString statement;
+  if (!block_comment_) {
+    std::string text = line;
+    statement.kaTrim(text);
+    statement.kaSplit(statement.values(0), ';');
+    // A text behind a code line is one more statement. A line that is comment as a whole holds none.
+    const bool whole = !statement.vDirective().empty() &&
+                       kWholeLineMarkers.find(statement.vDirective()) != std::string_view::npos;
+    if (!whole && statement.vComment().starts_with('=')) {
+      statement.count(cat({statement.last() + 1}));
+      statement.values(statement.last(), statement.vComment());
+    }
+  }
+  try {
+    const int last = statement.last();
+    for (int i = 0; i <= last; ++i) {
+      bool empty = false;
+      if (i > 0) {
+        std::string piece = statement.values(i);
+        empty = piece.empty();
+        statement.kaTrim(piece);
+      }
+      if (block_comment_) {
+        if (line.ends_with('/')) {
+          block_comment_ = false;
+        } else if (fulllog_) {
+          shared_.file_handle.echo(cat({"'", line}));
+        }
+      } else if (!empty) {
+        run_statement(statement, line);
+      }
+    }
+  } catch (const RuntimeError&) {
+    if (failed_line_.empty()) failed_line_ = line;
+    throw;
+  }
+  advance_lineno();
+  shared_.file_buffer.inbuffer(shared_.file_buffer.default_buffer);
+}
+
+void Control::run_statement(SmartString& statement, std::string& line) {
+  const char marker = statement.vDirective().empty() ? '\0' : statement.vDirective()[0];
+  const std::string& value = statement.values(0);
+  switch (marker) {
+    case '/':
+      return comment_block(statement, line);
+    case '\'':
+      return comment(statement);
+    case '=':
+      return text_line(statement.vComment());
+    case '$':
+      return ProcessDirective("inline $" + value, statement.vComment());
+    case '#':
+      return ProcessDirective(value, statement.vComment());
+    case '!':
+      return;
+    default:
+      break;
+  }
+  if (lock_) return ProcessDirective(value, statement.vComment());
+  if (!value.empty()) code_line(value, line);
+}
+
+void Control::comment_block(const SmartString& statement, std::string& line) {
+  FileHandle& files = shared_.file_handle;
+  if (!statement.vComment().starts_with('/')) {
+    block_comment_ = true;
+    advance_lineno();
+    if (fulllog_) files.echo(cat({"/", line}));
+    return;
+  }
+  block_comment_ = false;
+  line = statement.vComment().substr(1);
+  FileBuffer& buffers = shared_.file_buffer;
+  buffers.buffer(FileBuffer::kTextBuffer, cat({buffers.bytes(FileBuffer::kTextBuffer), line, kLineEnd}));
+  files.echo(line);
+}
+
+void Control::comment(const SmartString& statement) {
+  if (f_echo_) {
+    const std::string& value = statement.values(0);
+    if (value.size() == 1) raise(ErrorNumber::invalid_call, "a comment of one character");
+    shared_.file_handle.echo(value.empty() ? " " : std::string_view(value).substr(2));
+  }
+  // A comment counts here and once more at the end of its line. Kept: logs are compared across versions.
+  advance_lineno();
+}
+
+void Control::text_line(const std::string& text) {
+  FileHandle& files = shared_.file_handle;
+  FileBuffer& buffers = shared_.file_buffer;
+  const std::string bytes = shared_.text_table.text_to_bytes(text);
+  buffers.inbuffer(buffers.default_buffer);
+  files.echo(cat({files.lineno(), ": Encoding text: ", text}));
+  if (fulllog_) {
+    files.echo(cat({"CODE: ", bytes}));
+    files.echo(cat({"- Into buffer ", buffers.inbuffer()}));
+  }
+  write(bytes, "", kTextMode);
+}
+
+void Control::code_line(const std::string& code, const std::string& line) {
+  FileHandle& files = shared_.file_handle;
+  FileBuffer& buffers = shared_.file_buffer;
+  std::string bytes = shared_.define_table.replace(code);
+  std::string pointers;
+  if (shared_.cmd_list.encode(bytes, pointers, files.lineno()).empty()) {
+    const std::string place = files.location();
+    files.echo(cat({" - ", place.empty() ? "console" : place, ": ", pointers, ", in \"", shown(line), "\""}));
+    return;
+  }
+  buffers.inbuffer(buffers.default_buffer);
+  if (fulllog_) files.echo(cat({"attached: \"", bytes, "\" into ", buffers.inbuffer()}));
+  write(bytes, pointers, kCodeMode);
+}
+
+// Appends to the default buffer, which add_Data leaves again.
+void Control::write(std::string_view bytes, std::string_view pointers, std::int16_t mode) {
+  FileBuffer& buffers = shared_.file_buffer;
+  buffers.inbuffer(buffers.default_buffer);
+  buffers.inmode(mode);
+  buffers.add_Data(bytes, pointers);
+}
+
+void Control::advance_lineno() {
+  FileHandle& files = shared_.file_handle;
+  files.lineno(checked_add(files.lineno(), 1));
+}
+
+// Feeds the lines of the current file to KaCode, and those of every file that they open. Started anew inside
+// a running file it returns to that file; otherwise it ends with the last open file.
+void Control::run_files() {
+  FileHandle& files = shared_.file_handle;
+  const bool nested = running_;
+  const int outer = nested ? files.level() - 1 : FileHandle::kLogFile;
+  running_ = true;
+  std::string line;
+  while (files.level() > outer) {
+    if (files.ENDOF()) {
+      files.closefile();
+      continue;
+    }
+    files.getline(line);
+    if (!line.empty()) KaCode(line);
+  }
+  running_ = nested;
+  if (!pending_text_.empty()) pending(pending_text_);
+}
+
+}  // namespace tidewright

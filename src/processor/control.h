@@ -1,0 +1,142 @@
+// Control: the command processor. Every line, whatever its source, enters through `pending` and is run at
+// once.
+//
+// control.cpp takes lines in and compiles code lines; directives.cpp finds directives in their table and
+// carries out the settings and the small ones; definitions.cpp loads command databases; data_lines.cpp writes
+// labels, inline and raw data; runs.cpp is about whole files.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <string_view>
+
+#include "script/smart_string.h"
+#include "tables/text_table.h"
+
+namespace tidewright {
+
+struct Shared;
+
+/// Thrown by "#exit" through everything, to whoever started the program.
+struct ExitProgram {};
+
+class Control {
+ public:
+  /// `shared` holds the objects that lines work on, this one among them. Switches autobank on.
+  explicit Control(Shared& shared);
+
+  /// Runs one line: statements separated by ";". An error that nothing else catches ends here, when this is
+  /// the outermost write: it is shown with file, line and statement, every data file is closed, and the
+  /// session goes on.
+  void pending(std::string line);
+
+  /// A text kept for later; nothing ever stores one.
+  const std::string& pending() const { return pending_text_; }
+
+  /// Clears that text. The result is always empty.
+  std::string clear_pendng();
+
+  /// Runs the script file `name` as "#include" does. Errors end here as in pending().
+  void run_file(std::string name);
+
+  /// Compiles or carries out one line. A "//" line replaces `line` by its text.
+  void KaCode(std::string& line);
+
+  /// Carries out one directive: its text without the "#", and the line's comment.
+  void ProcessDirective(const std::string& text, const std::string& comment);
+
+ private:
+  /// A directive on its way: its words (word 0 in any case), its text with file names in short form.
+  struct Directive {
+    SmartString words;
+    std::string text;
+    std::string comment;
+    bool name_dropped = false;  // a quoted file name that named nothing
+
+    bool has(int argument) const { return argument <= words.last(); }
+    /// Argument 1 to 15; empty when it is not there.
+    std::string argument(int index) const { return has(index) ? words.values(index) : std::string(); }
+    /// Whether the first argument is exactly this word, as typed.
+    bool says(std::string_view word) const { return argument(1) == word; }
+  };
+
+  /// A row of the directive table: its word, what carries it out, and what tells rows of one operation apart.
+  struct Row {
+    std::string_view word;
+    void (Control::*run)(Directive&, std::string_view detail);
+    std::string_view detail = {};
+  };
+  static const Row kDirectives[];
+
+  // control.cpp
+  void guarded(const std::function<void()>& work);
+  void report(std::string_view description, int number);
+  void run_statement(SmartString& statement, std::string& line);
+  void comment_block(const SmartString& statement, std::string& line);
+  void comment(const SmartString& statement);
+  void text_line(const std::string& text);
+  void code_line(const std::string& code, const std::string& line);
+  void write(std::string_view bytes, std::string_view pointers, std::int16_t mode);
+  void run_files();
+  void advance_lineno();
+
+  // directives.cpp
+  void nothing(Directive&, std::string_view);
+  void not_available(Directive&, std::string_view);
+  void lock(Directive&, std::string_view state);
+  void dos(Directive&, std::string_view command);
+  void file(Directive&, std::string_view);
+  void whoami(Directive&, std::string_view);
+  void fulllog(Directive&, std::string_view);
+  void autopop(Directive&, std::string_view);
+  void silent(Directive&, std::string_view);
+  void autobank(Directive&, std::string_view);
+  void autobuffer(Directive&, std::string_view);
+  void f_echo(Directive&, std::string_view);
+  void cls(Directive&, std::string_view);
+  void kapow(Directive&, std::string_view);
+  void kableewy(Directive&, std::string_view);
+  void exit(Directive&, std::string_view);
+  void echo_setting(std::string_view name, bool on);
+
+  // definitions.cpp
+  void complete_definition();
+  void install(Directive&, std::string_view);
+  void boot(Directive&, std::string_view);
+  void codeset(Directive&, std::string_view);
+  void addtext(Directive&, std::string_view kind);
+  void addcmmd(Directive&, std::string_view);
+  void alias(Directive&, std::string_view);
+  void addparm(Directive&, std::string_view);
+  void define(Directive&, std::string_view);
+  void renew_database();
+  void load_definitions(Directive&);
+  void open_and_run(std::string name);
+
+  // data_lines.cpp
+  void org(Directive&, std::string_view);
+  void inline_data(Directive&, std::string_view);
+  void raw_data(Directive&, std::string_view);
+
+  // runs.cpp
+  void include(Directive&, std::string_view);
+  void endfile(Directive&, std::string_view);
+  void kapop(Directive&, std::string_view);
+  void kapush(Directive&, std::string_view);
+
+  Shared& shared_;
+  bool f_echo_ = false;
+  bool fulllog_ = false;
+  bool block_comment_ = false;
+  bool autopop_ = false;
+  bool lock_ = false;
+  std::string pending_text_;
+  std::string definition_;  // "addcmmd" or "alias" while one is being collected
+
+  bool guarded_ = false;     // inside the outermost line
+  bool running_ = false;     // the file-line runner is at work
+  std::string failed_line_;  // where an error is on its way out
+};
+
+}  // namespace tidewright

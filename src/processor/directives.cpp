@@ -1,0 +1,174 @@
+// The directive table, how a directive finds its row, and the directives that set something or do one small
+// thing.
+#include <algorithm>
+#include <iterator>
+
+#include "base/errors.h"
+#include "base/text.h"
+#include "base/version.h"
+#include "processor/shared.h"
+
+namespace tidewright {
+namespace {
+
+// A report of Dos in lines: at line ends, and at the NUL characters between the entries of a listing, whose
+// short names are shown where they differ.
+void echo_report(FileHandle& files, std::string_view report) {
+  while (!report.empty()) {
+    const std::size_t end = std::min(report.find('\0'), report.find(kLineEnd));
+    const std::string_view line = report.substr(0, end);
+    const std::size_t tab = line.find('\t');
+    const std::string_view name = line.substr(0, tab);
+    const std::string_view short_name = tab == std::string_view::npos ? name : line.substr(tab + 1);
+    files.echo(same_text(name, short_name) ? std::string(name) : cat({name, "  ", short_name}));
+    if (end == std::string_view::npos) return;
+    report.remove_prefix(end + (report[end] == '\0' ? 1 : kLineEnd.size()));
+  }
+}
+
+}  // namespace
+
+constexpr Control::Row Control::kDirectives[] = {
+    {"do", &Control::nothing},
+    {"lock", &Control::lock, "on"},
+    {"unlock", &Control::lock, "off"},
+    {"install", &Control::install},
+    {"boot", &Control::boot},
+    {"codeset", &Control::codeset},
+    {"decode", &Control::not_available},
+    {"rawdecode", &Control::not_available},
+    {"encode", &Control::not_available},
+    {"dir", &Control::dos, "dir"},
+    {"cd", &Control::dos, "cd"},
+    {"cd..", &Control::dos, "cd.."},
+    {"file", &Control::file},
+    {"delete", &Control::dos, "delete"},
+    {"del", &Control::dos, "delete"},
+    {"rmdir", &Control::dos, "rmdir"},
+    {"rd", &Control::dos, "rmdir"},
+    {"mkdir", &Control::dos, "mkdir"},
+    {"md", &Control::dos, "mkdir"},
+    {"start", &Control::dos, "shell"},
+    {"run", &Control::dos, "shell"},
+    {"register", &Control::not_available},
+    {"regext", &Control::not_available},
+    {"whoami", &Control::whoami},
+    {"fulllog", &Control::fulllog},
+    {"autopop", &Control::autopop},
+    {"silent", &Control::silent},
+    {"autobank", &Control::autobank},
+    {"autobuffer", &Control::autobuffer},
+    {"f.echo", &Control::f_echo},
+    {"include", &Control::include},
+    {"kacode", &Control::include},
+    {"endfile", &Control::endfile},
+    {"cls", &Control::cls},
+    {"kapoke", &Control::not_available},
+    {"kapeek", &Control::not_available},
+    {"kapop", &Control::kapop},
+    {"kapow", &Control::kapow},
+    {"kapush", &Control::kapush},
+    {"kascript", &Control::not_available},
+    {"kableewy", &Control::kableewy},
+    {"exit", &Control::exit},
+    {"addtext", &Control::addtext, "text"},
+    {"addhash", &Control::addtext, "hash"},
+    {"addctrl", &Control::addtext, "ctrl"},
+    {"addcmmd", &Control::addcmmd},
+    {"alias", &Control::alias},
+    {"addparm", &Control::addparm},
+    {"define", &Control::define},
+    {"org", &Control::org},
+    {"inline", &Control::inline_data},
+};
+
+void Control::ProcessDirective(const std::string& text, const std::string& comment) {
+  Directive directive;
+  directive.text = text;
+  directive.comment = comment;
+  directive.name_dropped = shared_.file_handle.ShrinkName(directive.text);
+  directive.words.kaSplit(directive.text, ' ');
+  const std::string word = lowered(directive.words.values(0));
+  if (word != "addparm") complete_definition();
+  if (word.empty()) return;
+  const Row* const row = std::find_if(std::begin(kDirectives), std::end(kDirectives),
+                                      [&](const Row& candidate) { return candidate.word == word; });
+  if (row == std::end(kDirectives)) return raw_data(directive, {});
+  (this->*row->run)(directive, row->detail);
+}
+
+void Control::nothing(Directive& /*directive*/, std::string_view /*detail*/) {}
+
+void Control::not_available(Directive& directive, std::string_view /*detail*/) {
+  raise(ErrorNumber::not_available, directive.words.values(0));
+}
+
+void Control::lock(Directive& /*directive*/, std::string_view state) {
+  lock_ = state == "on";
+}
+
+void Control::dos(Directive& directive, std::string_view command) {
+  std::string argument = command == "cd.." ? ".." : directive.argument(1);
+  echo_report(shared_.file_handle, shared_.file_handle.Dos(command == "cd.." ? "cd" : command, argument));
+}
+
+void Control::file(Directive& directive, std::string_view /*detail*/) {
+  if (directive.words.docount(1)) shared_.file_handle.filename("fullpath", directive.argument(1));
+}
+
+void Control::whoami(Directive& /*directive*/, std::string_view /*detail*/) {
+  shared_.file_handle.echo(cat({"Tidewright ", kVersion}));
+}
+
+void Control::echo_setting(std::string_view name, bool on) {
+  FileHandle& files = shared_.file_handle;
+  files.echo(cat({files.lineno(), ": ", name, " ", on ? "True" : "False"}));
+}
+
+void Control::fulllog(Directive& directive, std::string_view /*detail*/) {
+  fulllog_ = directive.says("on");
+  echo_setting("fulllog", fulllog_);
+}
+
+void Control::autopop(Directive& directive, std::string_view /*detail*/) {
+  autopop_ = directive.says("on");
+}
+
+void Control::silent(Directive& directive, std::string_view /*detail*/) {
+  shared_.instant.Visible(true);
+  if (directive.says("on")) shared_.instant.Visible(false);
+}
+
+void Control::autobank(Directive& directive, std::string_view /*detail*/) {
+  shared_.bank.autobank = !directive.says("off");
+  echo_setting("Autobank", shared_.bank.autobank);
+}
+
+// Sets nothing, and speaks of Autobank. Both are wanted.
+void Control::autobuffer(Directive& directive, std::string_view /*detail*/) {
+  echo_setting("Autobank", directive.says("on"));
+}
+
+void Control::f_echo(Directive& directive, std::string_view /*detail*/) {
+  f_echo_ = directive.says("on");
+}
+
+void Control::cls(Directive& /*directive*/, std::string_view /*detail*/) {
+  shared_.file_handle.cls();
+}
+
+void Control::kapow(Directive& /*directive*/, std::string_view /*detail*/) {
+  FileHandle& files = shared_.file_handle;
+  files.critical_box(cat({"User Caused Crash: line ", files.lineno()}));
+}
+
+void Control::kableewy(Directive& /*directive*/, std::string_view /*detail*/) {
+  shared_.file_buffer = FileBuffer(shared_.file_handle, shared_.bank);
+  shared_.file_handle.echo(" - Buffer Blown -");
+}
+
+void Control::exit(Directive& /*directive*/, std::string_view /*detail*/) {
+  throw ExitProgram{};
+}
+
+}  // namespace tidewright

@@ -1,0 +1,167 @@
+#include "script/smart_num.h"
+
+#include <algorithm>
+#include <array>
+#include <vector>
+
+#include "base/errors.h"
+#include "base/numbers.h"
+#include "base/text.h"
+#include "script/token_walk.h"
+
+namespace tidewright {
+namespace {
+
+// By negated kind. The trailing blanks belong to the labels.
+constexpr std::array<std::string_view, 14> kLabels = {
+    "byte    = ",   "word    = ",   "dword   = ",   "Pointer = ",   "END OF SCRIPT MARK",
+    "- Enum    = ", "- Mask    = ", "Command   = ", "Str Point = ", "Move Point= ",
+    "String    = ", "User Byte = ", "User Word = ", "User DWord= ",
+};
+
+bool has_hex_mark(std::string_view text) {
+  return text.size() > 1 && text[0] == '&' && lower(text[1]) == 'h';
+}
+
+// Puts the first `count` digits into `bytes`, the last pair first.
+void push_digits(std::string_view digits, std::size_t count, std::string& bytes) {
+  bytes.resize(count / 2);
+  for (std::size_t i = 0; i < count; i += 2) {
+    const int high = hex_digit(digits[i]);
+    const int low = hex_digit(digits[i + 1]);
+    if (high < 0 || low < 0) {
+      raise(ErrorNumber::type_mismatch, cat({"\"", digits, "\" is no hexadecimal number"}));
+    }
+    bytes[(count - i) / 2 - 1] = static_cast<char>(high << 4 | low);
+  }
+}
+
+}  // namespace
+
+std::string SmartNum::kaCodevals(std::string_view values, std::string& kinds) const {
+  std::string output;
+  std::string pointers;
+  if (!values.empty()) {
+    TokenWalk value_walk(values, ' ');
+    TokenWalk kind_walk(kinds, ',');
+    std::string value;
+    std::string kind_text;
+    while (value_walk.next(value)) {
+      if (!kind_walk.next(kind_text)) kind_text.clear();
+      const int kind = to_integer(Val(kind_text));
+      if (is_pointer_kind(kind)) {
+        // A literal is carried in the list as it is written; it is converted here so that a wild one fails
+        // now.
+        if (isvalue(value, false)) CPtr(value);
+        if (!pointers.empty()) pointers += ',';
+        pointers.append(value).append(",");
+        append_number(pointers, static_cast<std::int64_t>(output.size()));
+        pointers.append(",").append(kind_text);
+        output += kPointerPlaceholder;
+      } else if (value.starts_with('$')) {
+        // No pointer, so it becomes the number of its user kind (11 byte, 12 word, 13 dword) as text.
+        append_number(output, kind + 11);
+      } else {
+        output += numberpush(value, -kind);
+      }
+    }
+  }
+  kinds = std::move(pointers);
+  return output;
+}
+
+std::string SmartNum::kaRipvals(std::string_view bytes, std::string_view kinds) const {
+  std::string result;
+  if (kinds.empty()) return result;
+  std::vector<std::string> tokens;
+  split(kinds, ',', tokens);
+  for (std::size_t position = 1; position <= tokens.size(); ++position) {
+    int size = width(-to_integer(Val(tokens[position - 1])), 2);
+    if (position < tokens.size() && tokens[position].starts_with('$')) size = 4;
+    const std::string_view piece = position > bytes.size()
+                                       ? std::string_view()
+                                       : bytes.substr(position - 1, static_cast<std::size_t>(size));
+    if (position > 1) result += ' ';
+    result += numberpull(piece, size);
+  }
+  return result;
+}
+
+bool SmartNum::isvalue(std::string_view text, bool allow_dollar) {
+  return is_value(text, allow_dollar);
+}
+
+std::string SmartNum::numberpush(std::string_view value, int kind) const {
+  std::string bytes;
+  if (kind >= 1) {
+    std::string digits(value);
+    replace_all(digits, "&h", "");
+    if (digits.size() % 2 != 0) digits.insert(digits.begin(), '0');
+    push_digits(digits, digits.size(), bytes);
+    return bytes;
+  }
+  const auto count = static_cast<std::size_t>(width(kind, 1));
+  std::string digits;
+  if (is_pointer_kind(-kind)) {
+    digits = hex(CPtr(value));
+  } else if (has_hex_mark(value)) {
+    digits = value.substr(2);
+  } else {
+    digits = hex(to_long(Val(value)));
+  }
+  if (digits.size() < count) digits.insert(0, count - digits.size(), '0');
+  // Too many digits: the leading ones are kept, so 300 as a byte is &h12. Compiled data depends on it.
+  push_digits(digits, count, bytes);
+  return bytes;
+}
+
+std::string SmartNum::numberpull(std::string_view bytes, int /*kind*/) {
+  std::string turned(bytes.rbegin(), bytes.rend());
+  return "&h" + hex_bytes(turned);
+}
+
+std::int32_t SmartNum::CPtr(std::string_view value) const {
+  return CPtr(Val(value));
+}
+
+std::int32_t SmartNum::CPtr(double value) const {
+  if (bank_->autobank && value > 0 && value < kBankBase) value += kBankBase;
+  return to_long(value);
+}
+
+SmartNum::Translation SmartNum::STrans(int kind, int mode) {
+  if (mode != 0) return width(kind, mode);
+  const std::string_view text = label(kind);
+  if (text.empty()) return {};
+  return text;
+}
+
+std::string_view SmartNum::label(int kind) {
+  const int index = -kind;
+  return index >= 0 && index < static_cast<int>(kLabels.size()) ? kLabels[static_cast<std::size_t>(index)]
+                                                                : "";
+}
+
+std::int16_t SmartNum::width(int kind, int mode) {
+  int bytes = -kind;
+  switch (-kind) {
+    case kByte:
+    case kCommand:
+      bytes = 1;
+      break;
+    case kWord:
+      bytes = 2;
+      break;
+    case kDword:
+    case kPointer:
+    case kStringPointer:
+    case kMovementPointer:
+      bytes = 4;
+      break;
+    default:
+      break;  // every other kind is as wide as its number
+  }
+  return to_integer(mode == 1 ? bytes * 2 : bytes);
+}
+
+}  // namespace tidewright

@@ -1,0 +1,129 @@
+#include "script/smart_string.h"
+
+#include <span>
+
+#include "base/errors.h"
+#include "base/numbers.h"
+#include "base/text.h"
+#include "script/token_walk.h"
+
+namespace tidewright {
+namespace {
+
+// A line's first character is its marker up to and including this code. It takes in the digits and the
+// capital "A": a line that begins with one of them loses that character.
+constexpr unsigned char kLastMarker = 65;
+
+bool is_slot(int index) {
+  return index >= 0 && index < SmartString::kSlots;
+}
+
+}  // namespace
+
+void SmartString::KaScrub(std::string& line) {
+  scrub(line);
+}
+
+void SmartString::kaTrim(std::string& line) {
+  KaScrub(line);
+  if (line.empty()) return;
+  directive_.clear();
+  if (static_cast<unsigned char>(line[0]) <= kLastMarker) {
+    directive_ = line[0];
+    line.erase(0, 1);
+  }
+  comment_.clear();
+  if (directive_ == "&" && !line.empty() && line[0] == 'h') {
+    directive_ = "#";
+    line.erase(0, 1);
+  }
+  if (directive_ == "/" || directive_ == "=" || directive_ == "!" || directive_ == "'") {
+    comment_ = std::move(line);
+    line.clear();
+    return;
+  }
+  cut_comment(line);
+}
+
+void SmartString::cut_comment(const std::string& line) {
+  const auto position = [&](std::string_view mark) {
+    const std::size_t found = line.find(mark);
+    return found == std::string::npos ? line.size() : found + 1;
+  };
+  const std::size_t quote = position("'");
+  const std::size_t equals = position(" =");
+  if (quote == equals) {
+    values_[0] = line;
+    return;
+  }
+  // The cut is made at every "=", not only at the " =" that was found: an earlier "=" ends the code.
+  const char mark = quote < equals ? '\'' : '=';
+  kaSplit(line, mark);
+  comment_ = mark + values_[1];
+}
+
+void SmartString::kaSplit(std::string_view text, char delimiter) {
+  // The text may stand in one of the slots that are about to be written: one token is safe, more want a copy.
+  if (text.find(delimiter) == std::string_view::npos) {
+    values_[0].assign(text);
+    scrub(values_[0]);
+    normalize(values_[0]);
+    count_ = 0;
+    return;
+  }
+  const std::string copy(text);
+  TokenWalk walk(copy, delimiter);
+  std::int16_t slot = 0;
+  while (slot < kSlots - 1 && walk.next(values_[static_cast<std::size_t>(slot)])) ++slot;
+  if (!walk.ended()) walk.rest(values_[static_cast<std::size_t>(slot++)]);
+  count_ = static_cast<std::int16_t>(slot - 1);
+}
+
+std::string SmartString::kasubparm(std::string_view text, std::string_view delimiter, int index) {
+  count_ = 0;
+  const auto next = [&](std::size_t start) {
+    const std::size_t found = text.find(delimiter, start - 1);
+    return found == std::string_view::npos || start > text.size() ? 0 : found + 1;
+  };
+  std::size_t start = 1;
+  std::size_t position = next(start);
+  for (int i = 0; i < index; ++i) {
+    start = position + delimiter.size();
+    position = start == 0 ? 0 : next(start);
+  }
+  if (position == 0) position = text.size();
+  if (position < start) raise(ErrorNumber::invalid_call, "a field of negative length");
+  return std::string(text.substr(start - 1, position - start));
+}
+
+void SmartString::kaStandard() {
+  standard_ = standard_form(std::span(values_).first(static_cast<std::size_t>(count_) + 1));
+}
+
+bool SmartString::isvalue(std::string_view token, bool allow_dollar) {
+  return is_value(token, allow_dollar);
+}
+
+void SmartString::concat(std::string& text, int from, int to) const {
+  for (int i = from; i <= to; ++i) text += values(i);
+}
+
+std::string SmartString::count() const {
+  return cat({count_});
+}
+
+void SmartString::count(std::string_view text) {
+  count_ = to_integer(whole_number_text(text));
+}
+
+const std::string& SmartString::values(int index) const {
+  if (!is_slot(index)) raise(ErrorNumber::subscript_out_of_range, cat({"token ", index}));
+  return values_[static_cast<std::size_t>(index)];
+}
+
+void SmartString::values(int index, std::string token) {
+  if (!is_slot(index)) raise(ErrorNumber::subscript_out_of_range, cat({"token ", index}));
+  values_[static_cast<std::size_t>(index)] = std::move(token);
+}
+
+}  // namespace tidewright

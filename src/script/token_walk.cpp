@@ -1,0 +1,109 @@
+#include "script/token_walk.h"
+
+#include <cstddef>
+
+#include "base/numbers.h"
+#include "base/text.h"
+
+namespace tidewright {
+namespace {
+
+bool needs_scrub(std::string_view line) {
+  if (line.empty()) return false;
+  if (line.front() == ' ' || line.back() == ' ') return true;
+  char previous = 0;
+  for (const char c : line) {
+    if (c == '\t' || (c == ' ' && previous == ' ')) return true;
+    previous = c;
+  }
+  return false;
+}
+
+std::string_view trimmed(std::string_view token) {
+  const std::size_t first = token.find_first_not_of(' ');
+  if (first == std::string_view::npos) return {};
+  return token.substr(first, token.find_last_not_of(' ') - first + 1);
+}
+
+}  // namespace
+
+void scrub(std::string& line) {
+  if (!needs_scrub(line)) return;
+  std::size_t kept = 0;
+  for (char c : line) {
+    if (c == '\t') c = ' ';
+    if (c == ' ' && (kept == 0 || line[kept - 1] == ' ')) continue;
+    line[kept++] = c;
+  }
+  if (kept > 0 && line[kept - 1] == ' ') --kept;
+  line.resize(kept);
+}
+
+void normalize(std::string& token) {
+  if (token.find("0x") != std::string::npos) replace_all(token, "0x", "&h");
+  if (token.find('#') != std::string::npos) replace_all(token, "#", "&h");
+  const std::string_view inner = trimmed(token);
+  if (inner.size() != token.size()) token = std::string(inner);
+}
+
+TokenWalk::TokenWalk(std::string_view text, char delimiter) : left_(text), delimiter_(delimiter) {
+  if (needs_scrub(text)) {
+    scrubbed_ = text;
+    scrub(scrubbed_);
+    left_ = scrubbed_;
+  }
+}
+
+bool TokenWalk::next(std::string& token) {
+  if (ended_) return false;
+  const std::size_t end = left_.find(delimiter_);
+  if (end == std::string_view::npos) {
+    rest(token);
+    return true;
+  }
+  token.assign(left_.substr(0, end));
+  if (token.size() > 1) make_lower(token);
+  normalize(token);
+  left_.remove_prefix(end + 1);
+  return true;
+}
+
+void TokenWalk::rest(std::string& token) {
+  token.assign(left_);
+  normalize(token);
+  ended_ = true;
+}
+
+void split(std::string_view text, char delimiter, std::vector<std::string>& tokens) {
+  TokenWalk walk(text, delimiter);
+  std::size_t count = 0;
+  for (;; ++count) {
+    if (count == tokens.size()) tokens.emplace_back();
+    if (!walk.next(tokens[count])) break;
+  }
+  tokens.resize(count);
+}
+
+bool is_value(std::string_view token, bool allow_dollar) {
+  if (token.empty()) return false;
+  if (token[0] == '&' && token.size() > 1 && token[1] == 'h') return true;
+  if (token[0] == '$') return allow_dollar;
+  return token == "0" || Val(token) > 0;
+}
+
+std::string standard_form(std::span<const std::string> tokens) {
+  std::string form;
+  int number = 1;
+  for (std::size_t i = 0; i < tokens.size(); ++i) {
+    if (i > 0) form += ' ';
+    if (is_value(tokens[i], true)) {
+      form += '$';
+      append_number(form, number++);
+    } else {
+      form += tokens[i];
+    }
+  }
+  return form;
+}
+
+}  // namespace tidewright

@@ -1,0 +1,94 @@
+// The terminal program: its start, its console, its end.
+#include <iostream>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "base/errors.h"
+#include "base/text.h"
+#include "base/version.h"
+#include "files/names.h"
+#include "platform/native.h"
+#include "processor/shared.h"
+#include "shell/options.h"
+#include "shell/terminal.h"
+
+namespace tidewright {
+namespace {
+
+constexpr int kFine = 0;
+constexpr int kTroubled = 1;
+constexpr int kWrongUsage = 2;
+
+constexpr std::string_view kBanner =
+    "WELCOME TO TIDEWRIGHT\r\nMade by the Tidewright authors.\r\nLines run as you type them; #exit ends.";
+
+// Runs the lines of standard input to its end. Output is brought up to date whenever the next line has to be
+// waited for.
+void run_console(Shared& shared, bool is_terminal) {
+  std::string line;
+  while (true) {
+    if (std::cin.rdbuf()->in_avail() <= 0) shared.file_handle.flush_output();
+    if (is_terminal) std::cerr << "> " << std::flush;
+    if (!std::getline(std::cin, line)) return;
+    if (line.ends_with('\r')) line.pop_back();
+    shared.control.pending(line);
+  }
+}
+
+void run_session(Shared& shared, const Options& options) {
+  const bool is_terminal = NativeMachine::is_terminal(Stream::input);
+  const bool is_console = options.interactive || (options.runs.empty() && options.line.empty());
+  if (is_console && is_terminal && shared.instant.Visible()) shared.instant.add(kBanner);
+  try {
+    for (const std::string& file : options.runs) shared.control.run_file(file);
+    if (!options.line.empty()) shared.control.pending(options.line);
+    if (is_console) run_console(shared, is_terminal);
+  } catch (const ExitProgram&) {
+    // "#exit": the session ends with the status so far.
+  }
+}
+
+int run(const char* command, const Options& options) {
+  NativeMachine machine(command);
+  TerminalConsole console(std::cout, NativeMachine::is_terminal(Stream::output));
+  console.Visible(!options.quiet);
+  TerminalUser user(std::cin, NativeMachine::is_terminal(Stream::input), std::cerr, options.answer);
+  const Host host = machine.host(user);
+  const std::string log_folder =
+      options.log_folder.value_or(joined(host.files, host.program.folder(), "log"));
+  std::unique_ptr<Shared> shared;
+  try {
+    shared = std::make_unique<Shared>(host, console, log_folder);
+  } catch (const RuntimeError& error) {
+    user.critical_box(cat({"The session log cannot be opened in ", log_folder, ": ", error.description}));
+    return kTroubled;
+  }
+  run_session(*shared, options);
+  shared->file_handle.close_all();
+  shared->file_handle.flush_output();
+  return shared->file_handle.troubled() ? kTroubled : kFine;
+}
+
+}  // namespace
+}  // namespace tidewright
+
+int main(int argc, char** argv) {
+  std::ios::sync_with_stdio(false);
+  std::cin.tie(nullptr);
+  const tidewright::Options options =
+      tidewright::read_options(std::vector<std::string>(argv + 1, argv + argc));
+  if (!options.wrong.empty()) {
+    std::cerr << "tidewright: " << options.wrong << "\nTry tidewright --help.\n";
+    return tidewright::kWrongUsage;
+  }
+  if (options.help) {
+    std::cout << tidewright::kUsage;
+    return tidewright::kFine;
+  }
+  if (options.version) {
+    std::cout << "tidewright " << tidewright::kVersion << '\n';
+    return tidewright::kFine;
+  }
+  return tidewright::run(argv[0], options);
+}

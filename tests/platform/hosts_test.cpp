@@ -1,0 +1,542 @@
+// The machines behind platform/host.h. What they share is asked of all of them: the real one, in a fresh
+// folder, and the memory machine in both styles, so that a test that passes on the memory machine means
+// something on a real one.
+#include <chrono>
+#include <fcntl.h>
+#include <filesystem>
+#include <functional>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+
+#include "base/errors.h"
+#include "platform/memory/memory_host.h"
+#include "platform/posix/posix_host.h"
+#include "platform/wildcard.h"
+
+namespace tidewright {
+namespace {
+
+namespace fs = std::filesystem;
+using std::chrono::milliseconds;
+
+constexpr int kNoError = 0;
+
+/// The number of the error that `action` raises. Its description must hold `mention`.
+int error_of(const std::function<void()>& action, const std::string& mention = "") {
+  try {
+    action();
+  } catch (const RuntimeError& error) {
+    EXPECT_NE(error.description.find(mention), std::string::npos) << error.description;
+    return static_cast<int>(error.number);
+  }
+  return kNoError;
+}
+
+std::string read_all(File& file) {
+  std::string bytes;
+  char block[3];
+  while (const std::size_t count = file.read(block, sizeof block)) bytes.append(block, count);
+  return bytes;
+}
+
+std::string content(Files& files, const std::string& path) {
+  return read_all(*files.open(path, Access::read));
+}
+
+void write_all(File& file, std::string_view bytes) {
+  while (!bytes.empty()) bytes.remove_prefix(file.write(bytes));
+}
+
+void put(Files& files, const std::string& path, std::string_view bytes) {
+  write_all(*files.open(path, Access::create), bytes);
+}
+
+std::string names(const std::vector<Entry>& entries) {
+  std::string text;
+  for (const Entry& entry : entries) text += (text.empty() ? "" : " ") + entry.name;
+  return text;
+}
+
+/// A fresh folder of the real machine, the current one for as long as this stands.
+class TemporaryFolder {
+ public:
+  TemporaryFolder() : before_(fs::current_path()) {
+    std::string name = (fs::temp_directory_path() / "hosts_XXXXXX").string();
+    if (::mkdtemp(name.data()) == nullptr) throw std::runtime_error("no temporary folder");
+    path_ = fs::canonical(name);
+    fs::current_path(path_);
+  }
+  ~TemporaryFolder() {
+    fs::current_path(before_);
+    fs::remove_all(path_);
+  }
+  std::string path() const { return path_.string(); }
+
+ private:
+  fs::path before_;
+  fs::path path_;
+};
+
+/// An environment variable, given back its value at the end.
+class Environment {
+ public:
+  Environment(const char* name, const std::string& value) : name_(name) {
+    if (const char* before = std::getenv(name)) before_ = before;
+    ::setenv(name, value.c_str(), 1);
+  }
+  ~Environment() { before_ ? ::setenv(name_, before_->c_str(), 1) : ::unsetenv(name_); }
+
+ private:
+  const char* name_;
+  std::optional<std::string> before_;
+};
+
+enum class Kind { real, posix, windows };
+
+class EveryMachine : public testing::TestWithParam<Kind> {
+ protected:
+  bool windows() const { return GetParam() == Kind::windows; }
+  Files& files() { return GetParam() == Kind::real ? real_ : memory_.host().files; }
+
+ private:
+  TemporaryFolder folder_;
+  PosixFiles real_;
+  MemoryMachine memory_{windows() ? MemoryMachine::Style::windows : MemoryMachine::Style::posix};
+};
+
+std::string kind_name(const testing::TestParamInfo<Kind>& info) {
+  return info.param == Kind::real ? "real" : info.param == Kind::posix ? "posix" : "windows";
+}
+
+INSTANTIATE_TEST_SUITE_P(Hosts, EveryMachine, testing::Values(Kind::real, Kind::posix, Kind::windows),
+                         kind_name);
+
+TEST_P(EveryMachine, ReadsAndWritesAtThePosition) {
+  const std::unique_ptr<File> file = files().open("a.bin", Access::create);
+  EXPECT_EQ(file->write("hello"), 5U);
+  EXPECT_EQ(content(files(), "a.bin"), "hello") << "what is written is there at once, for others too";
+  file->seek(2);
+  write_all(*file, "XY");
+  EXPECT_EQ(read_all(*file), "o");
+  file->seek(7);
+  EXPECT_EQ(read_all(*file), "");
+  EXPECT_EQ(file->length(), 5) << "seeking alone does not lengthen";
+  write_all(*file, "!");
+  EXPECT_EQ(file->length(), 8);
+  file->seek(3);
+  EXPECT_EQ(error_of([&] { file->seek(-1); }, "a.bin"), 57);
+  EXPECT_EQ(read_all(*file), std::string("Yo\0\0!", 5)) << "a refused seek moves nothing";
+  file->flush();
+  file->close();
+  EXPECT_EQ(error_of([&] { file->length(); }, "a.bin"), 57);
+
+  write_all(*files().open("a.bin", Access::update), "HE");
+  EXPECT_EQ(content(files(), "a.bin"), std::string("HEXYo\0\0!", 8));
+  EXPECT_EQ(error_of([&] { files().open("a.bin", Access::read)->write("x"); }, "a.bin"), 57);
+  put(files(), "a.bin", "s");
+  EXPECT_EQ(content(files(), "a.bin"), "s");
+}
+
+TEST_P(EveryMachine, RaisesTheErrorOfTheRefusal) {
+  files().make_folder("sub");
+  files().make_folder("full");
+  put(files(), "full/x", "x");
+  put(files(), "file", "x");
+  Files& f = files();
+  const auto open = [&f](Access access) {
+    return [&f, access](const std::string& path) { f.open(path, access); };
+  };
+  const auto change = [&f](const std::string& path) { f.change_folder(path); };
+  const auto make = [&f](const std::string& path) { f.make_folder(path); };
+  const auto remove = [&f](const std::string& path) { f.remove_folder(path); };
+  const auto kill = [&f](const std::string& path) { f.remove_file(path); };
+  struct Case {
+    std::string what;
+    std::function<void(const std::string&)> action;
+    std::string path;
+    int posix, windows;
+  };
+  for (const Case& c : std::initializer_list<Case>{
+           {"read", open(Access::read), "none", 53, 53},
+           {"read", open(Access::read), "none/x", 53, 76},
+           {"read", open(Access::read), "file/x", 76, 76},
+           {"read", open(Access::read), "file/", 76, 76},
+           {"read", open(Access::read), "sub", 75, 75},
+           {"read", open(Access::read), std::string("file\0x", 6), 57, 57},
+           {"create", open(Access::create), "none/x", 53, 76},
+           {"create", open(Access::create), "new/", 75, 75},
+           {"create", open(Access::create), "sub", 75, 75},
+           {"create", open(Access::create), std::string("cut\0x", 5), 57, 57},
+           {"update", open(Access::update), "file/x", 76, 76},
+           {"change", change, "none", 76, 76},
+           {"change", change, "file", 76, 76},
+           {"make", make, "sub", 75, 75},
+           {"make", make, "file", 75, 75},
+           {"make", make, "none/sub", 76, 76},
+           {"remove", remove, "none", 76, 76},
+           {"remove", remove, "file", 76, 76},
+           {"remove", remove, "full", 75, 75},
+           {"kill", kill, "none", 53, 53},
+           {"kill", kill, "file/", 76, 76},
+           {"kill", kill, "sub", 75, 75},
+       }) {
+    SCOPED_TRACE(c.what + " " + c.path);
+    EXPECT_EQ(error_of([&] { c.action(c.path); }, c.path), windows() ? c.windows : c.posix);
+  }
+  EXPECT_EQ(names(files().list("*", kDirectory)), "file full sub") << "a refusal leaves nothing behind";
+  files().remove_file("full/x");
+  files().remove_folder("full");
+  EXPECT_EQ(names(files().list("*", kDirectory)), "file sub");
+}
+
+TEST_P(EveryMachine, FindsAndLists) {
+  files().make_folder("sub");
+  for (const std::string name : {"b.bin", "a.bin", "c", "B.txt", "sub/x", "sub/y"}) put(files(), name, "1");
+  struct Find {
+    std::string path;
+    std::string name;
+    int attributes;
+  };
+  for (const Find& c : std::initializer_list<Find>{{"a.bin", "a.bin", kNormal},
+                                                   {"sub", "sub", kDirectory},
+                                                   {"sub/", "sub", kDirectory},
+                                                   {"sub/../sub/./x", "x", kNormal},
+                                                   {"", "", kNormal},
+                                                   {"*.bin", "", kNormal},
+                                                   {"c/", "", kNormal},
+                                                   {"none/x", "", kNormal}}) {
+    SCOPED_TRACE(c.path);
+    const std::optional<Entry> entry = files().find(c.path);
+    EXPECT_EQ(entry ? entry->name : "", c.name);
+    EXPECT_EQ(entry ? entry->attributes : kNormal, c.attributes);
+  }
+  struct List {
+    std::string pattern;
+    int attributes;
+    std::string posix, windows;
+  };
+  for (const List& c :
+       std::initializer_list<List>{{"*.*", kNormal, "B.txt a.bin b.bin c", "a.bin b.bin B.txt c"},
+                                   {"*", kDirectory, "B.txt a.bin b.bin c sub", "a.bin b.bin B.txt c sub"},
+                                   {"?.B*", kNormal, "a.bin b.bin", "a.bin b.bin"},
+                                   {"sub/*", kEveryAttribute, "x y", "x y"},
+                                   {"./sub/x", kNormal, "x", "x"},
+                                   {"none/*", kEveryAttribute, "", ""},
+                                   {"c/*", kEveryAttribute, "", ""}}) {
+    SCOPED_TRACE(c.pattern);
+    EXPECT_EQ(names(files().list(c.pattern, c.attributes)), windows() ? c.windows : c.posix);
+  }
+}
+
+TEST_P(EveryMachine, MovesThroughFolders) {
+  const std::string start = files().current_folder();
+  const std::string sub = start + files().separator() + "sub";
+  files().make_folder(sub);
+  files().change_folder("sub/");
+  EXPECT_EQ(files().current_folder(), sub);
+  put(files(), "x", "here");
+  files().change_folder("..");
+  EXPECT_EQ(content(files(), sub + files().separator() + "x"), "here");
+  EXPECT_EQ(files().current_folder(), start);
+  const std::string of_root = names(files().list("/*", kEveryAttribute));
+  files().change_folder("/");
+  EXPECT_EQ(files().current_folder(), windows() ? "C:\\" : "/");
+  EXPECT_EQ(names(files().list("*", kEveryAttribute)), of_root);
+  EXPECT_EQ(error_of([&] { files().change_drive('Q'); }), 68);
+  EXPECT_EQ(files().current_folder(), windows() ? "C:\\" : "/");
+}
+
+class PosixMachines : public EveryMachine {};
+INSTANTIATE_TEST_SUITE_P(Hosts, PosixMachines, testing::Values(Kind::real, Kind::posix), kind_name);
+
+TEST_P(PosixMachines, KeepCaseAndBackslashesApart) {
+  for (const std::string name : {"a", "A", "sub\\a", ".dot"}) put(files(), name, name);
+  for (const std::string name : {"a", "A", "sub\\a", ".dot"}) EXPECT_EQ(content(files(), name), name);
+  EXPECT_EQ(names(files().list("*", kNormal)), "A a sub\\a");
+  EXPECT_EQ(names(files().list("*", kHidden)), ".dot A a sub\\a");
+  EXPECT_EQ(files().find(".dot")->attributes, kHidden);
+  EXPECT_EQ(files().short_name("a"), "");
+  EXPECT_EQ(error_of([&] { content(files(), "none/../a"); }), 53);
+  EXPECT_EQ(error_of([&] { content(files(), "a/../A"); }), 76);
+
+  const std::unique_ptr<File> file = files().open("a", Access::read);
+  files().remove_file("a");
+  EXPECT_EQ(read_all(*file), "a") << "an open file outlives its name";
+
+  files().make_folder("gone");
+  files().change_folder("gone");
+  files().remove_folder("../gone");
+  EXPECT_EQ(error_of([&] { files().current_folder(); }), 76);
+}
+
+TEST(PosixFiles, MapsWhatTheSystemRefuses) {
+  TemporaryFolder folder;
+  PosixFiles files;
+  const std::unique_ptr<File> full = files.open("/dev/full", Access::update);
+  EXPECT_EQ(error_of([&] { full->write("x"); }, "/dev/full"), 61);
+
+  put(files, "locked", "x");
+  ASSERT_EQ(::chmod("locked", 0444), 0);
+  EXPECT_EQ(files.find("locked")->attributes, kReadOnly);
+  ASSERT_EQ(::chmod(".", 0555), 0);
+  const uid_t user = ::geteuid();
+  ASSERT_EQ(::seteuid(user == 0 ? 65534 : user), 0) << "root is hindered by no mode bits";
+  EXPECT_EQ(error_of([&] { files.open("locked", Access::update); }, "locked"), 70);
+  EXPECT_EQ(error_of([&] { files.remove_file("locked"); }, "locked"), 70);
+  EXPECT_EQ(error_of([&] { files.make_folder("new"); }, "new"), 70);
+  ASSERT_EQ(::seteuid(user), 0);
+  ASSERT_EQ(::chmod(".", 0755), 0);
+
+  ASSERT_EQ(::symlink("nowhere", "dangling"), 0);
+  EXPECT_FALSE(files.find("dangling"));
+  EXPECT_EQ(names(files.list("*", kEveryAttribute)), "locked");
+}
+
+TEST(PosixFiles, GivesBackEveryDescriptor) {
+  TemporaryFolder folder;
+  PosixFiles files;
+  const auto descriptors = [] {
+    return std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator());
+  };
+  const auto before = descriptors();
+  put(files, "a", "x");
+  files.list("*", kEveryAttribute);
+  EXPECT_EQ(error_of([&] { files.open(".", Access::read); }), 75);
+  {
+    const std::unique_ptr<File> file = files.open("a", Access::read);
+    EXPECT_EQ(descriptors(), before + 1);
+    file->close();
+    const std::unique_ptr<File> next = files.open("a", Access::read);  // has the descriptor that `file` had
+    file->close();
+    EXPECT_EQ(read_all(*next), "x");
+  }
+  EXPECT_EQ(descriptors(), before);
+}
+
+TEST(PosixProgram, StandsWhereItWasStartedFrom) {
+  PosixProgram program("elsewhere/other");
+  const fs::path self = fs::read_symlink("/proc/self/exe");
+  EXPECT_EQ(program.folder(), self.parent_path());
+  EXPECT_EQ(program.name(), self.stem());
+}
+
+TEST(PosixClock, TellsLocalTime) {
+  const Environment zone("TZ", "XYZ-5:30");
+  ::tzset();
+  const std::time_t before = std::time(nullptr);
+  std::tm now = PosixClock().now();
+  const std::time_t shown = ::timegm(&now) - 19800;
+  EXPECT_GE(shown, before);
+  EXPECT_LE(shown, before + 2);
+}
+
+TEST(PosixDesktop, StartsDetachedAndOnlyOnADesktop) {
+  TemporaryFolder folder;
+  PosixFiles files;
+  PosixDesktop desktop;
+  put(files, "xdg-open",
+      "#!/bin/sh\nstreams=$(readlink /proc/$$/fd/0 /proc/$$/fd/1 /proc/$$/fd/2)\n"
+      "printf '%s\\n%s' \"$streams\" \"$*\" > part\nmv part opened\nsleep 2\n");
+  ASSERT_EQ(::chmod("xdg-open", 0755), 0);
+  const Environment path("PATH", folder.path() + ":" + std::getenv("PATH"));
+  const Environment no_wayland("WAYLAND_DISPLAY", "");
+  {
+    const Environment no_display("DISPLAY", "");
+    desktop.start_program("touch started");
+  }
+  const Environment display("DISPLAY", ":0");
+  const auto begin = std::chrono::steady_clock::now();
+  desktop.open_document("-my file.txt");
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, milliseconds(1500)) << "must not be waited for";
+  EXPECT_EQ(::waitpid(-1, nullptr, WNOHANG), -1) << "must leave no child";
+  for (int tries = 0; tries < 500 && !files.find("opened"); ++tries)
+    std::this_thread::sleep_for(milliseconds(10));
+  EXPECT_EQ(content(files, "opened"), "/dev/null\n/dev/null\n/dev/null\n./-my file.txt");
+  EXPECT_FALSE(files.find("started"));
+  desktop.start_program("touch started && exit 3");
+  for (int tries = 0; tries < 500 && !files.find("started"); ++tries)
+    std::this_thread::sleep_for(milliseconds(10));
+  EXPECT_TRUE(files.find("started"));
+}
+
+TEST(WindowsPaths, MeanTheSameFile) {
+  MemoryMachine machine(MemoryMachine::Style::windows);
+  Files& files = machine.host().files;
+  machine.add_file("C:\\My Folder\\my game.bin", "game");
+  machine.add_file("D:\\data\\d.bin", "other drive");
+  files.change_folder("D:\\data");
+  EXPECT_EQ(files.current_folder(), "C:\\work") << "another drive's folder changes, not the drive";
+  struct Case {
+    std::string path, content;
+  };
+  for (const Case& c : std::initializer_list<Case>{{"C:\\My Folder\\my game.bin", "game"},
+                                                   {"c:/MY FOLDER/MY GAME.BIN", "game"},
+                                                   {"\\my folder\\.\\my game.bin", "game"},
+                                                   {"..\\none\\..\\My Folder\\my game.bin", "game"},
+                                                   {"C:..\\MYFOLD~1\\MyGame~1.bin", "game"},
+                                                   {"D:d.bin", "other drive"},
+                                                   {"D:\\DATA\\..\\data\\D.BIN", "other drive"}}) {
+    SCOPED_TRACE(c.path);
+    EXPECT_EQ(content(files, c.path), c.content);
+  }
+  put(files, "C:/myfold~1/MYGAME~1.BIN", "new");
+  EXPECT_EQ(names(files.list("\\My Folder\\*", kNormal)), "my game.bin")
+      << "a file keeps the case it was made with";
+  EXPECT_EQ(names(files.list("C:\\My Folder\\mygame~1.bin", kNormal)), "my game.bin");
+  EXPECT_EQ(files.find("\\MYFOLD~1")->name, "My Folder");
+  EXPECT_EQ(names(files.list("D:*", kNormal)), "d.bin");
+
+  files.change_drive('d');
+  EXPECT_EQ(files.current_folder(), "D:\\data");
+  EXPECT_EQ(error_of([&] { files.remove_folder("C:\\work"); }), 75) << "the current folder of C:";
+  EXPECT_EQ(error_of([&] { files.change_drive('E'); }), 68);
+  EXPECT_EQ(error_of([&] { files.open("E:\\x", Access::create); }, "E:\\x"), 76);
+  EXPECT_EQ(error_of([&] { files.change_folder("E:"); }), 76);
+  EXPECT_FALSE(files.find("E:x"));
+  machine.add_drive('e');
+  files.change_drive('E');
+  EXPECT_EQ(files.current_folder(), "E:\\");
+}
+
+TEST(WindowsPaths, HaveShortForms) {
+  MemoryMachine machine(MemoryMachine::Style::windows);
+  Files& files = machine.host().files;
+  struct Case {
+    std::string path, form;
+  };
+  const std::initializer_list<Case> cases{{"C:\\a folder\\my game.bin", "C:\\AFOLDE~1\\MYGAME~1.BIN"},
+                                          {"C:/a folder/my game 2.bin", "C:/AFOLDE~1/MYGAME~2.BIN"},
+                                          {"..\\a folder\\readme.txt", "..\\AFOLDE~1\\README.TXT"},
+                                          {"D:my game.bin", "D:MYGAME~1.BIN"},
+                                          {"a+b.c.html", "A_BC~1.HTM"},
+                                          {".profile", "PROFIL~1"},
+                                          {"x", "X"}};
+  for (const Case& c : cases) machine.add_file(c.path, c.form);
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.path);
+    EXPECT_EQ(files.short_name(c.path), c.form);
+    EXPECT_EQ(content(files, c.form), c.form) << "the short form leads to the file";
+  }
+  EXPECT_EQ(files.short_name("none"), "");
+  EXPECT_EQ(files.short_name("\\not there\\..\\a folder"), "\\not there\\..\\AFOLDE~1");
+  for (int i = 0; i < 11; ++i) machine.add_file("game number " + std::to_string(10 + i), "");
+  EXPECT_EQ(files.short_name("game number 20"), "GAMEN~11") << "the counter takes the room that it needs";
+}
+
+TEST(MemoryFaults, StandUntilSwitchedOff) {
+  MemoryMachine machine(MemoryMachine::Style::posix);
+  Files& files = machine.host().files;
+  machine.add_file("a", "12345");
+  std::unique_ptr<File> file = files.open("a", Access::update);
+  machine.short_writes(2);
+  EXPECT_EQ(file->write("abc"), 2U);
+  machine.disk_full_after(3);
+  EXPECT_EQ(file->write("cd"), 2U);
+  EXPECT_EQ(files.open("b", Access::create)->write("xy"), 1U) << "the room is that of the whole machine";
+  EXPECT_EQ(error_of([&] { file->write("e"); }, "a"), 61);
+  machine.short_writes(std::nullopt);
+  machine.disk_full_after(std::nullopt);
+  EXPECT_EQ(file->write("efgh"), 4U);
+  EXPECT_EQ(machine.bytes("/work/a") + machine.bytes("b"), "abcdefghx");
+
+  machine.fail_reads("a");
+  file->seek(0);
+  EXPECT_EQ(error_of([&] { read_all(*file); }, "a"), 57);
+  EXPECT_EQ(content(files, "b"), "x");
+  machine.fail_reads("a", false);
+  EXPECT_EQ(read_all(*file), "abcdefgh");
+
+  machine.deny_writing("a");
+  EXPECT_EQ(error_of([&] { files.open("a", Access::create); }, "a"), 70);
+  EXPECT_EQ(content(files, "a"), "abcdefgh");
+  machine.deny_writing("a", false);
+
+  const std::vector<std::function<void()>> actions{
+      [&] { files.open("/work/sub/x", Access::create); }, [&] { files.remove_file("sub/x"); },
+      [&] { files.make_folder("sub/y"); }, [&] { files.remove_folder("sub/y"); },
+      [&] { files.list("sub/*", 0); }};
+  machine.add_folder("sub");
+  machine.deny("sub");
+  for (const auto& action : actions) EXPECT_EQ(error_of(action, "sub"), 70);
+  machine.deny("/work/sub", false);
+  for (const auto& action : actions) EXPECT_EQ(error_of(action), kNoError);
+
+  machine.set_attributes("a", kReadOnly);
+  EXPECT_EQ(error_of([&] { files.open("a", Access::update); }), 70);
+  EXPECT_THROW(machine.bytes("none"), std::logic_error);
+  EXPECT_THROW(machine.add_file("a/x", ""), std::logic_error);
+}
+
+TEST(MemoryFaults, WindowsProtectsOpenAndReadOnlyFiles) {
+  MemoryMachine machine(MemoryMachine::Style::windows);
+  Files& files = machine.host().files;
+  machine.add_file("a", "x");
+  std::unique_ptr<File> file = files.open("A", Access::read);
+  EXPECT_EQ(error_of([&] { files.remove_file("a"); }), 70);
+  file->close();
+  machine.set_attributes("a", kReadOnly | kHidden | kSystem);
+  EXPECT_EQ(error_of([&] { files.remove_file("a"); }), 70);
+  EXPECT_EQ(names(files.list("*", kHidden)), "") << "each of the attributes must be asked for";
+  EXPECT_EQ(names(files.list("*", kHidden | kSystem)), "a");
+  machine.set_attributes("a", kNormal);
+  files.remove_file("a");
+  EXPECT_FALSE(machine.exists("a"));
+}
+
+TEST(MemoryMachine, AnswersFromItsQueues) {
+  MemoryMachine machine(MemoryMachine::Style::posix);
+  User& user = machine.host().user;
+  machine.user().yes_no_answers = {true};
+  machine.user().input_answers = {"first", "second"};
+  machine.user().file_answers = {"/work/a"};
+  EXPECT_TRUE(user.yes_no_box("sure?", "Title"));
+  EXPECT_FALSE(user.yes_no_box("sure?", "Title"));
+  EXPECT_EQ(user.input_box("name", "Title"), "first");
+  EXPECT_EQ(user.input_box("name", "Title"), "second");
+  EXPECT_EQ(user.file_box("Save", true), "/work/a");
+  EXPECT_EQ(user.file_box("Open", false), "");
+  ASSERT_EQ(machine.user().boxes.size(), 6U);
+  EXPECT_EQ(machine.user().boxes[0].text + machine.user().boxes[0].title, "sure?Title");
+  EXPECT_EQ(machine.user().boxes[5].kind, MemoryBox::Kind::open_file);
+
+  std::tm now = machine.host().clock.now();
+  char text[40];
+  std::strftime(text, sizeof text, "%Y-%m-%d %H:%M:%S %a %j", &now);
+  EXPECT_STREQ(text, "2026-11-15 16:01:00 Sun 319");
+}
+
+TEST(Wildcard, Matches) {
+  struct Case {
+    std::string_view pattern, name;
+    bool match;
+  };
+  for (const Case& c : std::initializer_list<Case>{{"*.*", "readme", true},
+                                                   {"*.*", "a.b", true},
+                                                   {"*", "", true},
+                                                   {"", "", true},
+                                                   {"", "a", false},
+                                                   {"a.BIN", "A.bin", true},
+                                                   {"a.bin", "a.bi", false},
+                                                   {"a.bi", "a.bin", false},
+                                                   {"?.bin", "a.bin", true},
+                                                   {"?.bin", ".bin", false},
+                                                   {"?", "ab", false},
+                                                   {"a?", "a", false},
+                                                   {"*.bin", "a.b.bin", true},
+                                                   {"*.bin", "a.bin.x", false},
+                                                   {"a*b*c", "aXbYbZc", true},
+                                                   {"a*b*c", "aXcYb", false},
+                                                   {"*ab", "aab", true},
+                                                   {"a**", "a", true},
+                                                   {"*.", "a", false},
+                                                   {"*.*.*", "a.b", false}}) {
+    SCOPED_TRACE(std::string(c.pattern) + " " + std::string(c.name));
+    EXPECT_EQ(matches(c.pattern, c.name), c.match);
+  }
+}
+
+}  // namespace
+}  // namespace tidewright
