@@ -1,0 +1,36 @@
+#!/usr/bin/env bash
+# Installs what the tests lack, builds the program and the tests, and runs everything through CTest.
+# The last line is "N passed, N failed".
+set -euo pipefail
+cd "$(dirname "$0")/.."
+. tools/need.sh
+
+need cmake cmake
+need ninja ninja-build
+need g++ g++
+need clang++ clang
+need as binutils
+need python3 python3
+need_file '/usr/lib/llvm-*/lib/clang/*/lib/linux/libclang_rt.asan-*.a' 'libclang-rt-dev'
+need_file '/usr/include/gtest/gtest.h' libgtest-dev
+
+for preset in release dev; do
+  echo "== build $preset"
+  cmake --preset "$preset" >build-log.txt 2>&1 || { cat build-log.txt; exit 1; }
+  cmake --build --preset "$preset" >build-log.txt 2>&1 || { tail -n 60 build-log.txt; exit 1; }
+  rm -f build-log.txt
+done
+
+echo "== test"
+status=0
+report=$(ctest --test-dir build/dev --output-on-failure --parallel "$(nproc)" 2>&1) || status=$?
+printf '%s\n' "$report"
+failed=$(printf '%s\n' "$report" | sed -n 's/.*tests passed, \([0-9]*\) tests failed out of [0-9]*.*/\1/p' | tail -n 1)
+total=$(printf '%s\n' "$report" | sed -n 's/.*tests passed, [0-9]* tests failed out of \([0-9]*\).*/\1/p' | tail -n 1)
+if [ -z "$total" ] || [ "$total" -eq 0 ]; then
+  echo "no test ran"
+  echo "0 passed, 1 failed"
+  exit 1
+fi
+echo "$((total - failed)) passed, $failed failed"
+[ "$status" -eq 0 ] && [ "$failed" -eq 0 ]
