@@ -22,22 +22,22 @@ class Collection {
   std::size_t count() const { return entries_.size(); }
 
   /// Adds `item` as the last one. A key that is already present raises DuplicateKey and adds nothing.
-  T& add(std::string_view key, T item) {
+  T& add(std::string key, T item) {
     if ((entries_.size() + 1) * 2 > slots_.size()) grow();
     const std::uint32_t key_hash = hash(key);
     std::uint32_t& slot = slots_[slot_of(key, key_hash)];
     if (slot != kFree) raise(ErrorNumber::duplicate_key, key);
-    entries_.push_back({std::string(key), key_hash, std::move(item)});
+    entries_.push_back({std::move(key), key_hash, std::move(item)});
     slot = static_cast<std::uint32_t>(entries_.size());
     return entries_.back().item;
   }
 
   /// Adds `item`, or puts it in the place of the item that has this key.
-  void put(std::string_view key, T item) {
+  void put(std::string key, T item) {
     if (T* const old = find(key)) {
       *old = std::move(item);
     } else {
-      add(key, std::move(item));
+      add(std::move(key), std::move(item));
     }
   }
 

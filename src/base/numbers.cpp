@@ -1,5 +1,6 @@
 #include "base/numbers.h"
 
+#include <array>
 #include <charconv>
 #include <cmath>
 #include <limits>
@@ -9,6 +10,8 @@
 
 namespace tidewright {
 namespace {
+
+constexpr std::string_view kHexDigits = "0123456789ABCDEF";
 
 bool is_digit(char c) {
   return c >= '0' && c <= '9';
@@ -63,8 +66,9 @@ Integer narrowed(double value, std::string_view width) {
 }  // namespace
 
 NumberPrefix number_prefix(std::string_view text) {
-  std::size_t start = text.find_first_not_of(' ');
-  if (start == std::string_view::npos) return {};
+  std::size_t start = 0;
+  while (start < text.size() && text[start] == ' ') ++start;
+  if (start == text.size()) return {};
   if (text.size() >= start + 2 && text[start] == '&' && lower(text[start + 1]) == 'h') {
     return hexadecimal_prefix(text, start + 2);
   }
@@ -99,24 +103,29 @@ std::int32_t to_long(double value) {
 }
 
 std::int16_t checked_add(std::int16_t counter, int step) {
-  return to_integer(static_cast<double>(counter) + step);
+  const int sum = counter + step;
+  if (sum != static_cast<std::int16_t>(sum)) does_not_fit(sum, "16-bit number");
+  return static_cast<std::int16_t>(sum);
 }
 
 std::string hex(std::int32_t value) {
-  char digits[8];
-  auto end = std::to_chars(digits, digits + 8, static_cast<std::uint32_t>(value), 16).ptr;
-  for (char* c = digits; c != end; ++c) *c = upper(*c);
-  return {digits, end};
+  auto bits = static_cast<std::uint32_t>(value);
+  std::array<char, 8> digits;
+  std::size_t first = digits.size();
+  do {
+    digits[--first] = kHexDigits[bits & 15];
+    bits >>= 4;
+  } while (bits != 0);
+  return {digits.begin() + first, digits.end()};
 }
 
 std::string hex_bytes(std::string_view bytes) {
-  static constexpr std::string_view kDigits = "0123456789ABCDEF";
   std::string result;
   result.reserve(bytes.size() * 2);
   for (const char c : bytes) {
     const auto byte = static_cast<unsigned char>(c);
-    result += kDigits[byte >> 4];
-    result += kDigits[byte & 15];
+    result += kHexDigits[byte >> 4];
+    result += kHexDigits[byte & 15];
   }
   return result;
 }

@@ -50,12 +50,17 @@ Piece::Piece(std::int64_t value) {
 }
 
 std::string cat(std::initializer_list<Piece> pieces) {
+  std::string text;
   std::size_t length = 0;
   for (const Piece& piece : pieces) length += piece.text().size();
-  std::string result;
-  result.reserve(length);
-  for (const Piece& piece : pieces) result.append(piece.text());
-  return result;
+  text.reserve(length);
+  cat_into(text, pieces);
+  return text;
+}
+
+void cat_into(std::string& text, std::initializer_list<Piece> pieces) {
+  text.clear();
+  for (const Piece& piece : pieces) text.append(piece.text());
 }
 
 }  // namespace tidewright

@@ -58,4 +58,7 @@ class Piece {
 /// The pieces one after another: cat({lineno, ": fulllog ", "True"}).
 std::string cat(std::initializer_list<Piece> pieces);
 
+/// The same, put into `text` in place of what it held.
+void cat_into(std::string& text, std::initializer_list<Piece> pieces);
+
 }  // namespace tidewright

@@ -66,8 +66,8 @@ void FileBuffer::place_label(const fOffsett& label, std::int32_t& position, std:
   if (label.Offset <= kLastHeld) {
     last_offset = static_cast<std::int16_t>(label.Offset);
   } else {
-    files_->echo(cat({" - Label ", label.name, " lies beyond byte ", kLastHeld, " of buffer ", label.buffer,
-                      ": the labels after it move apart"}));
+    files_->echo({" - Label ", label.name, " lies beyond byte ", kLastHeld, " of buffer ", label.buffer,
+                  ": the labels after it move apart"});
   }
 }
 
@@ -99,7 +99,7 @@ std::int32_t FileBuffer::target_of(const std::string& name) {
 
 void FileBuffer::patch(const fOffsett& pointer) {
   const std::int32_t target = target_of(pointer.name);
-  files_->echo(cat({" - Adjusting ", pointer.name, " in ", pointer.buffer, " at ", hex(target)}));
+  files_->echo({" - Adjusting ", pointer.name, " in ", pointer.buffer, " at ", hex(target)});
   if (target == 0) files_->notice_box("Floating Pointers Must Be Pushed");
   auto* const content = std::get_if<std::string>(&slots_[slot_index(pointer.buffer)]);
   if (content == nullptr) raise(ErrorNumber::type_mismatch, "the buffer holds no bytes");
@@ -150,7 +150,7 @@ void FileBuffer::write_chunk(std::size_t position, int set) {
   if (place < 0) raise(ErrorNumber::invalid_call, "its position lies before the file");
   std::string filler;
   if (fill_ >= 0) data = filler.assign(data.size(), static_cast<char>(fill_));
-  files_->echo(cat({" - Putting [", data, "] at ", hex(place)}));
+  files_->echo({" - Putting [", data, "] at ", hex(place)});
   for (std::size_t start = 0; start < data.size(); start += kLongestPut) {
     files_->putblock(data.substr(start, kLongestPut));
   }

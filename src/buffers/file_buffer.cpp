@@ -98,11 +98,12 @@ void FileBuffer::add_Value(std::string_view values, std::string kinds) {
   add_Data(bytes, kinds);
 }
 
-// The records of a pointer list that belongs to bytes appended to `buffer` behind `length` others.
-std::vector<fOffsett> FileBuffer::pointers_of(std::string_view list, std::uint8_t buffer,
-                                              std::size_t length) const {
-  std::vector<fOffsett> records;
-  if (list.empty()) return records;
+// The pointers of a list that belongs to bytes appended to `buffer` behind `length` others, each with its
+// key.
+std::vector<FileBuffer::Registration> FileBuffer::registrations(std::string_view list, std::uint8_t buffer,
+                                                                std::size_t length) const {
+  std::vector<Registration> found;
+  if (list.empty()) return found;
   TokenWalk walk(list, ',');
   std::string value;
   std::string position;
@@ -112,11 +113,11 @@ std::vector<fOffsett> FileBuffer::pointers_of(std::string_view list, std::uint8_
     const double offset = whole_number_text(position) + static_cast<double>(length);
     if (offset >= kBufferSpan)
       raise(ErrorNumber::overflow, cat({"a pointer at byte ", to_long(offset), " of a buffer"}));
-    records.push_back({to_integer(Val(kind)), buffer, buffer * kBufferSpan + to_long(offset), value});
-    const std::string key = pointer_key(records.back().Offset);
-    if (pointers_.find(key) != nullptr) raise(ErrorNumber::duplicate_key, key);
+    const std::int32_t combined = buffer * kBufferSpan + to_long(offset);
+    found.push_back({pointer_key(combined), {to_integer(Val(kind)), buffer, combined, std::move(value)}});
+    if (pointers_.find(found.back().key) != nullptr) raise(ErrorNumber::duplicate_key, found.back().key);
   }
-  return records;
+  return found;
 }
 
 void FileBuffer::add_Data(std::string_view bytes, std::string_view pointers) {
@@ -124,15 +125,15 @@ void FileBuffer::add_Data(std::string_view bytes, std::string_view pointers) {
   Slot& slot = slots_[slot_index(target)];
   const std::size_t length = this->bytes(target).size();
   // Everything that can fail is tried before anything is changed.
-  std::vector<fOffsett> records = pointers_of(pointers, target, length);
+  std::vector<Registration> found = registrations(pointers, target, length);
   if (label_waits() && labels_[set_index(target)].find(point_.name) != nullptr) {
     raise(ErrorNumber::duplicate_key, cat({"the label ", point_.name, " in buffer ", target}));
   }
   point_.Offset = to_long(static_cast<double>(length));
-  for (fOffsett& record : records) {
-    files_->echo(cat(
-        {"- log ", record.name, " in buffer ", target, " at byte: ", record.Offset - target * kBufferSpan}));
-    pointers_.add(pointer_key(record.Offset), std::move(record));
+  for (Registration& one : found) {
+    const std::int32_t position = one.pointer.Offset - target * kBufferSpan;
+    files_->echo({"- log ", one.pointer.name, " in buffer ", target, " at byte: ", position});
+    pointers_.add(std::move(one.key), std::move(one.pointer));
   }
   if (std::holds_alternative<std::monostate>(slot)) slot = std::string();
   if (auto* const content = std::get_if<std::string>(&slot)) {
@@ -163,8 +164,8 @@ std::string_view FileBuffer::Get_Data(std::size_t position, int set) {
 }
 
 void FileBuffer::pushoffsett(std::string_view name, std::int32_t offset) {
-  pushed_.put(name, offset);
-  files_->echo(cat({" - Pushed ", name, " to ", hex(offset)}));
+  pushed_.put(std::string(name), offset);
+  files_->echo({" - Pushed ", name, " to ", hex(offset)});
 }
 
 std::int32_t FileBuffer::pushed(std::string_view name) const {

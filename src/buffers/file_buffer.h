@@ -119,7 +119,12 @@ class FileBuffer {
   static std::size_t slot_index(int index);
   static std::size_t set_index(int index);
   bool typed_otherwise(int index) const;
-  std::vector<fOffsett> pointers_of(std::string_view list, std::uint8_t buffer, std::size_t length) const;
+  struct Registration {
+    std::string key;
+    fOffsett pointer;
+  };
+  std::vector<Registration> registrations(std::string_view list, std::uint8_t buffer,
+                                          std::size_t length) const;
 
   void place_labels();
   void place_label(const fOffsett& label, std::int32_t& position, std::int16_t& last_offset);

@@ -27,16 +27,17 @@ void CmdList::add() {
   if (command.alias()) command.Descriptions(describe(command));
   const std::string code_key = command.alias() ? command.ParmDesc(0) : hex(command.bytecode());
   const std::string keyword = command.keyword();
+  has_phrases_ |= keyword.find(' ') != std::string::npos;
   commands_.push_back(std::move(command));
   file_under(keywords_, keyword, keyword);
   file_under(codes_, code_key, keyword);
 }
 
-void CmdList::file_under(Collection<std::size_t>& index, std::string_view key, const std::string& keyword) {
+void CmdList::file_under(Collection<std::size_t>& index, const std::string& key, const std::string& keyword) {
   try {
     index.add(key, commands_.size());
   } catch (const RuntimeError&) {
-    files_->echo(cat({"Duplicate Entry: ", keyword}));
+    files_->echo({"Duplicate Entry: ", keyword});
   }
 }
 

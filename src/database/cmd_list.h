@@ -64,7 +64,7 @@ class CmdList {
 
   static std::string describe(const tCmd& command);
   static std::string template_of(const tCmd& command);
-  void file_under(Collection<std::size_t>& index, std::string_view key, const std::string& keyword);
+  void file_under(Collection<std::size_t>& index, const std::string& key, const std::string& keyword);
   const tCmd& record(std::size_t position) const;
 
   /// The record under `keyword`, or null.
@@ -78,6 +78,7 @@ class CmdList {
   std::vector<tCmd> commands_;
   Collection<std::size_t> codes_;     // 1-based positions in commands_
   Collection<std::size_t> keywords_;  // the same
+  bool has_phrases_ = false;          // some keyword has several words
   tCmd placeholder_;
 };
 

@@ -26,6 +26,7 @@ int converter_kind(std::uint8_t kind) {
 }
 
 bool is_resolved(std::string_view specification) {
+  if (specification.empty()) return false;
   const std::string_view word = specification.substr(0, specification.find('('));
   return word.size() < specification.size() && (word == "mask" || word == "select" || word == "bind");
 }
@@ -38,7 +39,7 @@ std::size_t digits_of(std::string_view value, double number) {
 }  // namespace
 
 void Encoder::echo(std::initializer_list<Piece> pieces) const {
-  list_.files_->echo(cat(pieces));
+  list_.files_->echo(pieces);
 }
 
 std::string Encoder::encode(std::string& code, std::string& extra) {
@@ -53,13 +54,12 @@ std::string Encoder::encode(std::string& code, std::string& extra) {
     command = end_of_chain(command);
     echo({lineno_, ": Code Command - ", command->keyword(), " [", hex(command->bytecode()), "] "});
     append_number(value_list_, command->bytecode());
-    kind_list_ = '0';
+    bytes_ = static_cast<char>(command->bytecode());
     walk(*command);
     tell_unused(*command);
     echo({" -> ", value_list_});
-    std::string bytes = SmartNum(*list_.bank_).kaCodevals(value_list_, kind_list_);
-    code = std::move(bytes);
-    extra = std::move(kind_list_);
+    code = std::move(bytes_);
+    extra = std::move(pointers_);
     return std::move(value_list_);
   } catch (const RuntimeError& error) {
     list_.files_->echo_fault(cat({"Invald Command :", reached_ < tokens_.size() ? tokens_[reached_] : ""}));
@@ -72,9 +72,12 @@ std::string Encoder::encode(std::string& code, std::string& extra) {
 // values.
 const tCmd* Encoder::look_up() {
   values_.clear();
+  values_.reserve(8);
   next_ = 0;
   reached_ = 0;
-  const tCmd* command = tokens_.size() > 1 ? list_.find(standard_form(tokens_)) : nullptr;
+  // Only a keyword of several words can be a standard form that its first token alone is not.
+  const tCmd* command =
+      list_.has_phrases_ && tokens_.size() > 1 ? list_.find(standard_form(tokens_)) : nullptr;
   if (command != nullptr) {
     for (std::size_t i = 0; i < tokens_.size(); ++i) {
       if (is_value(tokens_[i], true)) values_.push_back(i);
@@ -129,7 +132,7 @@ void Encoder::follow_alias(const tCmd& alias) {
   tokens_ = std::move(phrase);
 }
 
-// Adds the values of all parameters of `command` to the lists.
+// Adds the values of all parameters of `command` to the value list and the bytes.
 void Encoder::walk(const tCmd& command) {
   for (int i = 0; i < command.parmcnt(); ++i) {
     const std::uint8_t kind = command.Parmsise(i);
@@ -149,10 +152,10 @@ void Encoder::walk(const tCmd& command) {
 void Encoder::add_value_parameter(const tCmd& command, int index) {
   const std::uint8_t kind = command.Parmsise(index);
   if (kind == kEndOfScript) return;  // a mark for the decoder: no value, no byte
-  std::string value = next_value();
-  std::int16_t bound = 0;
+  if (!is_resolved(command.ParmDesc(index))) return add_number(next_value(), converter_kind(kind));
   std::string specification = command.ParmDesc(index);
-  if (is_resolved(specification)) bound = list_.resolveparm(specification, value);
+  std::string value = next_value();
+  const std::int16_t bound = list_.resolveparm(specification, value);
   add_number(value, converter_kind(kind));
   if (bound == 0) return;
   const tCmd& other = list_.record(static_cast<std::size_t>(bound));
@@ -196,8 +199,7 @@ void Encoder::add_number(std::string_view value, int kind) {
 void Encoder::add(std::string_view value, int kind) {
   value_list_ += ' ';
   value_list_ += value;
-  kind_list_ += ',';
-  append_number(kind_list_, kind);
+  num_.code_value({value, kind}, bytes_, pointers_);
 }
 
 const std::string& Encoder::next_value() {

@@ -13,7 +13,7 @@ namespace tidewright {
 class Encoder {
  public:
   /// `lineno` stands in front of the messages.
-  Encoder(const CmdList& list, std::int16_t lineno) : list_(list), lineno_(lineno) {}
+  Encoder(const CmdList& list, std::int16_t lineno) : list_(list), lineno_(lineno), num_(*list.bank_) {}
 
   /// See CmdList::encode.
   std::string encode(std::string& code, std::string& extra);
@@ -39,8 +39,10 @@ class Encoder {
   std::vector<std::size_t> values_;  // which of them are the script's values
   std::size_t next_ = 0;             // the first value not yet taken
   std::size_t reached_ = 0;          // the token that the walk has come to, for the message
+  SmartNum num_;
   std::string value_list_;
-  std::string kind_list_;
+  std::string bytes_;
+  std::string pointers_;
 };
 
 }  // namespace tidewright

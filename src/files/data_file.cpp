@@ -80,10 +80,10 @@ std::string DataFile::read(std::size_t size) {
   return bytes;
 }
 
-void DataFile::write(std::string_view bytes) {
+void DataFile::write(std::initializer_list<std::string_view> pieces) {
   if (!writable_) raise(ErrorNumber::permission_denied, cat({name_, " cannot be written"}));
   if (write_buffer_.empty()) drop_read_buffer();
-  write_buffer_ += bytes;
+  for (const std::string_view piece : pieces) write_buffer_ += piece;
   if (write_buffer_.size() >= kBufferSize) flush();
 }
 

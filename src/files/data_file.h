@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <initializer_list>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -36,7 +37,9 @@ class DataFile {
   int get();
   int peek();
 
-  void write(std::string_view bytes);
+  void write(std::string_view bytes) { write({bytes}); }
+  /// Writes the pieces one after another.
+  void write(std::initializer_list<std::string_view> pieces);
 
   void seek(std::int64_t position);
   std::int64_t position() const { return write_buffer_.empty() ? read_position() : write_position(); }

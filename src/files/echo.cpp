@@ -31,7 +31,7 @@ FileHandle::FileHandle(const Host& host, const std::string& log_folder) : host_(
   const std::string path = joined(
       host_.files, log_folder, cat({"[", formatted(now, "%Y%m%d-%H%M"), "]", host_.program.name(), ".log"}));
   files_[kLogFile].emplace(host_.files.open(path, Access::create), path, false, true);
-  echo(cat({"Logging started", formatted(now, "%Y-%m-%d %H:%M:%S"), kLineEnd}));
+  echo({"Logging started", formatted(now, "%Y-%m-%d %H:%M:%S"), kLineEnd});
   ++level_;
 }
 
@@ -68,14 +68,16 @@ void FileHandle::echo(std::string_view text, bool underline, int indent) {
   if (underline) write_log(marks, "/", line);
 }
 
+void FileHandle::echo(std::initializer_list<Piece> pieces) {
+  cat_into(line_, pieces);
+  echo(std::string_view(line_));
+}
+
 void FileHandle::write_log(std::string_view marks, std::string_view prefix, std::string_view text) {
   std::optional<DataFile>& log = files_[kLogFile];
   if (!log) return;
   try {
-    log->write(marks);
-    log->write(prefix);
-    log->write(text);
-    log->write(kLineEnd);
+    log->write({marks, prefix, text, kLineEnd});
   } catch (const RuntimeError&) {
     // A message is never worth an error: the console has the line.
   }

@@ -106,7 +106,7 @@ std::string FileHandle::OpenFile(std::string& name, std::string& mode, bool conf
     if (writing && exists) return "";
     if (!writing && !exists) {
       message_box("File Not Found or user cancel");
-      echo(cat({" - There is no file ", name}));
+      echo({" - There is no file ", name});
       return "";
     }
   }
@@ -195,7 +195,7 @@ void FileHandle::closefile() {
   // The line counter above the closed level is reported, not the closed level's own. Kept: logs are compared
   // across versions. Level 16 has no counter above it.
   if (above > kLastFile) raise(ErrorNumber::subscript_out_of_range, "files are nested too deep");
-  echo(cat({"\\- Processed ", line_counters_[above], " Lines"}));
+  echo({"\\- Processed ", line_counters_[above], " Lines"});
   echo(" ");
 }
 
@@ -307,7 +307,7 @@ void FileHandle::putdata(std::string_view type, const FieldValue& value) {
 
 void FileHandle::SeekData(std::int32_t offset) {
   if (offset < 0) {
-    echo(cat({"Invalid Offsett 0x", hex(offset)}));
+    echo({"Invalid Offsett 0x", hex(offset)});
     return;
   }
   if (offset == INT32_MAX) raise(ErrorNumber::overflow, "the file position 2147483647");

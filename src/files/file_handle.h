@@ -12,6 +12,7 @@
 #include <string_view>
 #include <variant>
 
+#include "base/text.h"
 #include "files/data_file.h"
 #include "files/instant.h"
 #include "platform/host.h"
@@ -45,6 +46,9 @@ class FileHandle {
   /// data file, and behind `indent` blanks and "- " when `indent` is above 0. `underline` adds a line of "-",
   /// one shorter than the text. An empty text is nothing at all. Never raises.
   void echo(std::string_view text, bool underline = false, int indent = 0);
+
+  /// The same for a line in pieces.
+  void echo(std::initializer_list<Piece> pieces);
 
   /// An echo line that tells of a fault: the run counts as troubled.
   void echo_fault(std::string_view text);
@@ -171,6 +175,7 @@ class FileHandle {
   Host host_;
   Instant* console_ = nullptr;
   bool troubled_ = false;
+  std::string line_;  // of an echo in pieces; kept for its memory
 
   std::int16_t level_ = 0;
   std::array<std::optional<DataFile>, kLastFile + 1> files_;  // by file number; 0 is never used

@@ -101,7 +101,7 @@ void Control::KaCode(std::string& line) {
         if (line.ends_with('/')) {
           block_comment_ = false;
         } else if (fulllog_) {
-          shared_.file_handle.echo(cat({"'", line}));
+          shared_.file_handle.echo({"'", line});
         }
       } else if (!empty) {
         run_statement(statement, line);
@@ -143,7 +143,7 @@ void Control::comment_block(const SmartString& statement, std::string& line) {
   if (!statement.vComment().starts_with('/')) {
     block_comment_ = true;
     advance_lineno();
-    if (fulllog_) files.echo(cat({"/", line}));
+    if (fulllog_) files.echo({"/", line});
     return;
   }
   block_comment_ = false;
@@ -168,10 +168,10 @@ void Control::text_line(const std::string& text) {
   FileBuffer& buffers = shared_.file_buffer;
   const std::string bytes = shared_.text_table.text_to_bytes(text);
   buffers.inbuffer(buffers.default_buffer);
-  files.echo(cat({files.lineno(), ": Encoding text: ", text}));
+  files.echo({files.lineno(), ": Encoding text: ", text});
   if (fulllog_) {
-    files.echo(cat({"CODE: ", bytes}));
-    files.echo(cat({"- Into buffer ", buffers.inbuffer()}));
+    files.echo({"CODE: ", bytes});
+    files.echo({"- Into buffer ", buffers.inbuffer()});
   }
   write(bytes, "", kTextMode);
 }
@@ -183,11 +183,11 @@ void Control::code_line(const std::string& code, const std::string& line) {
   std::string pointers;
   if (shared_.cmd_list.encode(bytes, pointers, files.lineno()).empty()) {
     const std::string place = files.location();
-    files.echo(cat({" - ", place.empty() ? "console" : place, ": ", pointers, ", in \"", shown(line), "\""}));
+    files.echo({" - ", place.empty() ? "console" : place, ": ", pointers, ", in \"", shown(line), "\""});
     return;
   }
   buffers.inbuffer(buffers.default_buffer);
-  if (fulllog_) files.echo(cat({"attached: \"", bytes, "\" into ", buffers.inbuffer()}));
+  if (fulllog_) files.echo({"attached: \"", bytes, "\" into ", buffers.inbuffer()});
   write(bytes, pointers, kCodeMode);
 }
 

@@ -50,7 +50,7 @@ void Control::org(Directive& directive, std::string_view /*detail*/) {
   buffers.inbuffer(buffer);
   buffers.inname(directive.argument(1));
   shared_.file_handle.echo(" ");
-  shared_.file_handle.echo(cat({"#OFFSET: ", buffers.inname(), ", ", buffers.inbuffer()}));
+  shared_.file_handle.echo({"#OFFSET: ", buffers.inname(), ", ", buffers.inbuffer()});
 }
 
 void Control::inline_data(Directive& directive, std::string_view /*detail*/) {
@@ -65,7 +65,7 @@ void Control::inline_data(Directive& directive, std::string_view /*detail*/) {
   }
   const std::size_t blank = directive.text.find(' ');
   const std::string_view text = directive.text;
-  shared_.file_handle.echo(cat({"#INLINE: ", blank == std::string::npos ? "" : text.substr(blank + 1)}));
+  shared_.file_handle.echo({"#INLINE: ", blank == std::string::npos ? "" : text.substr(blank + 1)});
   FileBuffer& buffers = shared_.file_buffer;
   buffers.inbuffer(buffers.default_buffer);
   buffers.inmode(kCodeMode);
@@ -91,8 +91,8 @@ void Control::raw_data(Directive& directive, std::string_view /*detail*/) {
     }
   }
   FileHandle& files = shared_.file_handle;
-  files.echo(cat({files.lineno(), ": RAW DATA - ", directive.text}));
-  if (fulllog_) files.echo(cat({"Raw Data: ", hex_bytes(bytes)}));
+  files.echo({files.lineno(), ": RAW DATA - ", directive.text});
+  if (fulllog_) files.echo({"Raw Data: ", hex_bytes(bytes)});
   write(bytes, "", kDataMode);
 }
 

@@ -14,11 +14,11 @@ void Control::complete_definition() {
   const tCmd& command = shared_.cmd_list.newcmd();
   FileHandle& files = shared_.file_handle;
   if (fulllog_ && command.alias()) {
-    files.echo(cat({"Add Alias: ", command.keyword(), " - ", command.Descriptions()}));
+    files.echo({"Add Alias: ", command.keyword(), " - ", command.Descriptions()});
   } else if (fulllog_) {
-    files.echo(cat({"Add Command: ", command.keyword(), " [", command.bytecode(), "]"}));
+    files.echo({"Add Command: ", command.keyword(), " [", command.bytecode(), "]"});
   }
-  if (fulllog_) files.echo(cat({"With ", command.parmcnt(), " Paramaters."}));
+  if (fulllog_) files.echo({"With ", command.parmcnt(), " Paramaters."});
   definition_.clear();
   shared_.cmd_list.add();
 }
@@ -69,7 +69,7 @@ void Control::addtext(Directive& directive, std::string_view kind) {
     shared_.text_table.add(name, directive.argument(2), word);
   } catch (const RuntimeError& error) {
     if (error.number != ErrorNumber::duplicate_key) throw;
-    files.echo(cat({"Duplicate Entry: ", name}));
+    files.echo({"Duplicate Entry: ", name});
   }
 }
 
@@ -86,10 +86,10 @@ void Control::define(Directive& directive, std::string_view /*detail*/) {
     shared_.define_table.add(name, value);
   } catch (const RuntimeError& error) {
     if (error.number != ErrorNumber::duplicate_key) throw;
-    files.echo(cat({"Duplicate Entry: ", name}));
+    files.echo({"Duplicate Entry: ", name});
     return;
   }
-  if (fulllog_) files.echo(cat({"Add ParmDefine: ", name, " - - ", value}));
+  if (fulllog_) files.echo({"Add ParmDefine: ", name, " - - ", value});
 }
 
 void Control::open_and_run(std::string name) {

@@ -117,12 +117,12 @@ void Control::file(Directive& directive, std::string_view /*detail*/) {
 }
 
 void Control::whoami(Directive& /*directive*/, std::string_view /*detail*/) {
-  shared_.file_handle.echo(cat({"Tidewright ", kVersion}));
+  shared_.file_handle.echo({"Tidewright ", kVersion});
 }
 
 void Control::echo_setting(std::string_view name, bool on) {
   FileHandle& files = shared_.file_handle;
-  files.echo(cat({files.lineno(), ": ", name, " ", on ? "True" : "False"}));
+  files.echo({files.lineno(), ": ", name, " ", on ? "True" : "False"});
 }
 
 void Control::fulllog(Directive& directive, std::string_view /*detail*/) {

@@ -23,17 +23,26 @@ bool has_hex_mark(std::string_view text) {
   return text.size() > 1 && text[0] == '&' && lower(text[1]) == 'h';
 }
 
-// Puts the first `count` digits into `bytes`, the last pair first.
+// Appends the first `count` digits as bytes, the last pair first.
 void push_digits(std::string_view digits, std::size_t count, std::string& bytes) {
-  bytes.resize(count / 2);
+  const std::size_t end = bytes.size() + count / 2;
+  bytes.resize(end);
   for (std::size_t i = 0; i < count; i += 2) {
     const int high = hex_digit(digits[i]);
     const int low = hex_digit(digits[i + 1]);
     if (high < 0 || low < 0) {
       raise(ErrorNumber::type_mismatch, cat({"\"", digits, "\" is no hexadecimal number"}));
     }
-    bytes[(count - i) / 2 - 1] = static_cast<char>(high << 4 | low);
+    bytes[end - 1 - i / 2] = static_cast<char>(high << 4 | low);
   }
+}
+
+// The same for a number of `count` digits that has other many: zeros are put before too few. Of too many the
+// leading ones are kept, so 300 as a byte is &h12: compiled data depends on it.
+void push_padded(std::string_view digits, std::size_t count, std::string& bytes) {
+  if (digits.size() >= count) return push_digits(digits, count, bytes);
+  std::string padded(count - digits.size(), '0');
+  push_digits(padded.append(digits), count, bytes);
 }
 
 }  // namespace
@@ -45,29 +54,32 @@ std::string SmartNum::kaCodevals(std::string_view values, std::string& kinds) co
     TokenWalk value_walk(values, ' ');
     TokenWalk kind_walk(kinds, ',');
     std::string value;
-    std::string kind_text;
+    std::string kind;
     while (value_walk.next(value)) {
-      if (!kind_walk.next(kind_text)) kind_text.clear();
-      const int kind = to_integer(Val(kind_text));
-      if (is_pointer_kind(kind)) {
-        // A literal is carried in the list as it is written; it is converted here so that a wild one fails
-        // now.
-        if (isvalue(value, false)) CPtr(value);
-        if (!pointers.empty()) pointers += ',';
-        pointers.append(value).append(",");
-        append_number(pointers, static_cast<std::int64_t>(output.size()));
-        pointers.append(",").append(kind_text);
-        output += kPointerPlaceholder;
-      } else if (value.starts_with('$')) {
-        // No pointer, so it becomes the number of its user kind (11 byte, 12 word, 13 dword) as text.
-        append_number(output, kind + 11);
-      } else {
-        output += numberpush(value, -kind);
-      }
+      if (!kind_walk.next(kind)) kind.clear();
+      code_value({value, to_integer(Val(kind))}, output, pointers);
     }
   }
   kinds = std::move(pointers);
   return output;
+}
+
+void SmartNum::code_value(const TypedValue& typed, std::string& output, std::string& pointers) const {
+  if (is_pointer_kind(typed.kind)) {
+    // A literal is carried in the list as it is written; it is converted here so that a wild one fails now.
+    if (isvalue(typed.value, false)) CPtr(typed.value);
+    if (!pointers.empty()) pointers += ',';
+    pointers.append(typed.value).append(",");
+    append_number(pointers, static_cast<std::int64_t>(output.size()));
+    pointers += ',';
+    append_number(pointers, typed.kind);
+    output += kPointerPlaceholder;
+  } else if (typed.value.starts_with('$')) {
+    // No pointer, so it becomes the number of its user kind (11 byte, 12 word, 13 dword) as text.
+    append_number(output, typed.kind + 11);
+  } else {
+    push(typed.value, -typed.kind, output);
+  }
 }
 
 std::string SmartNum::kaRipvals(std::string_view bytes, std::string_view kinds) const {
@@ -93,26 +105,24 @@ bool SmartNum::isvalue(std::string_view text, bool allow_dollar) {
 
 std::string SmartNum::numberpush(std::string_view value, int kind) const {
   std::string bytes;
+  push(value, kind, bytes);
+  return bytes;
+}
+
+void SmartNum::push(std::string_view value, int kind, std::string& bytes) const {
   if (kind >= 1) {
     std::string digits(value);
     replace_all(digits, "&h", "");
     if (digits.size() % 2 != 0) digits.insert(digits.begin(), '0');
-    push_digits(digits, digits.size(), bytes);
-    return bytes;
+    return push_digits(digits, digits.size(), bytes);
   }
   const auto count = static_cast<std::size_t>(width(kind, 1));
-  std::string digits;
-  if (is_pointer_kind(-kind)) {
-    digits = hex(CPtr(value));
-  } else if (has_hex_mark(value)) {
-    digits = value.substr(2);
-  } else {
-    digits = hex(to_long(Val(value)));
+  const bool pointer = is_pointer_kind(-kind);
+  if (!pointer && has_hex_mark(value)) {
+    return push_padded(value.substr(2), count, bytes);
   }
-  if (digits.size() < count) digits.insert(0, count - digits.size(), '0');
-  // Too many digits: the leading ones are kept, so 300 as a byte is &h12. Compiled data depends on it.
-  push_digits(digits, count, bytes);
-  return bytes;
+  const std::int32_t number = pointer ? CPtr(value) : to_long(Val(value));
+  push_padded(hex(number), count, bytes);
 }
 
 std::string SmartNum::numberpull(std::string_view bytes, int /*kind*/) {

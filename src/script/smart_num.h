@@ -40,6 +40,12 @@ inline bool is_pointer_kind(int kind) {
   return kind == kPointer || kind >= kStringPointer;
 }
 
+/// A value as the script writes it, and what kind it is of.
+struct TypedValue {
+  std::string_view value;
+  int kind = kByte;
+};
+
 /// The converter. Byte strings hold one byte per character; every number in them is little-endian.
 class SmartNum {
  public:
@@ -50,6 +56,10 @@ class SmartNum {
   /// 0-based in the result, where each pointer holds "!PTR". Raises TypeMismatch and Overflow for values that
   /// are no numbers.
   std::string kaCodevals(std::string_view values, std::string& kinds) const;
+
+  /// The same for values that are cut and normalised already: their bytes are appended to `output`, their
+  /// pointers to `pointers`.
+  void code_value(const TypedValue& typed, std::string& output, std::string& pointers) const;
 
   /// The values read back from `bytes`, separated by single blanks. The position advances by one byte per
   /// kind, whatever the width: callers that read several values pass them one at a time.
@@ -81,6 +91,9 @@ class SmartNum {
   static std::int16_t width(int kind, int mode);
 
  private:
+  /// numberpush, appended to `bytes`.
+  void push(std::string_view value, int kind, std::string& bytes) const;
+
   const Bank* bank_;
 };
 

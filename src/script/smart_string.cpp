@@ -46,12 +46,13 @@ void SmartString::kaTrim(std::string& line) {
 }
 
 void SmartString::cut_comment(const std::string& line) {
-  const auto position = [&](std::string_view mark) {
-    const std::size_t found = line.find(mark);
-    return found == std::string::npos ? line.size() : found + 1;
-  };
-  const std::size_t quote = position("'");
-  const std::size_t equals = position(" =");
+  // 1-based positions of the first "'" and the first " ="; the line's length where there is none.
+  std::size_t quote = line.size();
+  std::size_t equals = line.size();
+  for (std::size_t i = line.size(); i-- > 0;) {
+    if (line[i] == '\'') quote = i + 1;
+    if (line[i] == '=' && i > 0 && line[i - 1] == ' ') equals = i;
+  }
   if (quote == equals) {
     values_[0] = line;
     return;

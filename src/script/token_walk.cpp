@@ -10,13 +10,8 @@ namespace {
 
 bool needs_scrub(std::string_view line) {
   if (line.empty()) return false;
-  if (line.front() == ' ' || line.back() == ' ') return true;
-  char previous = 0;
-  for (const char c : line) {
-    if (c == '\t' || (c == ' ' && previous == ' ')) return true;
-    previous = c;
-  }
-  return false;
+  return line.front() == ' ' || line.back() == ' ' || line.find('\t') != std::string_view::npos ||
+         line.find("  ") != std::string_view::npos;
 }
 
 std::string_view trimmed(std::string_view token) {
@@ -40,10 +35,19 @@ void scrub(std::string& line) {
 }
 
 void normalize(std::string& token) {
-  if (token.find("0x") != std::string::npos) replace_all(token, "0x", "&h");
-  if (token.find('#') != std::string::npos) replace_all(token, "#", "&h");
-  const std::string_view inner = trimmed(token);
-  if (inner.size() != token.size()) token = std::string(inner);
+  char previous = 0;
+  bool has_hash = false;
+  for (std::size_t i = 0; i < token.size(); ++i) {
+    const char c = token[i];
+    if (c == 'x' && previous == '0') {
+      token[i - 1] = '&';
+      token[i] = 'h';
+    }
+    has_hash |= c == '#';
+    previous = c;
+  }
+  if (has_hash) replace_all(token, "#", "&h");
+  if (previous == ' ' || token.starts_with(' ')) token = std::string(trimmed(token));
 }
 
 TokenWalk::TokenWalk(std::string_view text, char delimiter) : left_(text), delimiter_(delimiter) {
@@ -56,12 +60,13 @@ TokenWalk::TokenWalk(std::string_view text, char delimiter) : left_(text), delim
 
 bool TokenWalk::next(std::string& token) {
   if (ended_) return false;
-  const std::size_t end = left_.find(delimiter_);
-  if (end == std::string_view::npos) {
+  std::size_t end = 0;  // tokens are short: a loop finds their ends sooner than a search
+  while (end < left_.size() && left_[end] != delimiter_) ++end;
+  if (end == left_.size()) {
     rest(token);
     return true;
   }
-  token.assign(left_.substr(0, end));
+  token.assign(left_, 0, end);
   if (token.size() > 1) make_lower(token);
   normalize(token);
   left_.remove_prefix(end + 1);
@@ -76,6 +81,7 @@ void TokenWalk::rest(std::string& token) {
 
 void split(std::string_view text, char delimiter, std::vector<std::string>& tokens) {
   TokenWalk walk(text, delimiter);
+  tokens.reserve(8);
   std::size_t count = 0;
   for (;; ++count) {
     if (count == tokens.size()) tokens.emplace_back();

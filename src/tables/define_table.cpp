@@ -12,7 +12,7 @@ void DefineTable::add(std::string_view name, std::string_view value) {
   if (same_text(value, name) || (end != nullptr && same_text(*end, name))) {
     raise(ErrorNumber::invalid_call, cat({"the define ", name, " would stand for itself"}));
   }
-  values_.add(name, std::string(value));
+  values_.add(std::string(name), std::string(value));
 }
 
 const std::string* DefineTable::find(std::string_view name) const {
@@ -25,18 +25,17 @@ const std::string* DefineTable::find(std::string_view name) const {
   return end;
 }
 
-std::string DefineTable::replace(std::string_view line) const {
-  std::string result;
-  result.reserve(line.size());
-  while (true) {
-    const std::size_t blank = line.find(' ');
-    const std::string_view token = line.substr(0, blank);
-    const std::string* const value = find(token);
-    result += value == nullptr ? token : std::string_view(*value);
-    if (blank == std::string_view::npos) return result;
-    result += ' ';
-    line.remove_prefix(blank + 1);
+std::string DefineTable::replace(std::string line) const {
+  for (std::size_t start = 0; start < line.size();) {
+    std::size_t end = line.find(' ', start);
+    if (end == std::string::npos) end = line.size();
+    if (const std::string* const value = find(std::string_view(line).substr(start, end - start))) {
+      line.replace(start, end - start, *value);
+      end = start + value->size();
+    }
+    start = end + 1;
   }
+  return line;
 }
 
 }  // namespace tidewright
