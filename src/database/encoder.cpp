@@ -155,7 +155,9 @@ void Encoder::add_value_parameter(const tCmd& command, int index) {
   if (!is_resolved(command.ParmDesc(index))) return add_number(next_value(), converter_kind(kind));
   std::string specification = command.ParmDesc(index);
   std::string value = next_value();
+  const std::string choice = value;
   const std::int16_t bound = list_.resolveparm(specification, value);
+  if (value.empty()) raise(ErrorNumber::invalid_call, cat({"there is no choice ", choice}));
   add_number(value, converter_kind(kind));
   if (bound == 0) return;
   const tCmd& other = list_.record(static_cast<std::size_t>(bound));

@@ -52,7 +52,7 @@ class DataFile {
   void close();
 
  private:
-  static constexpr std::size_t kBufferSize = 64 * 1024;
+  static constexpr std::size_t kBufferSize = 65536;
 
   std::int64_t read_position() const { return buffer_start_ + static_cast<std::int64_t>(read_at_); }
   std::int64_t write_position() const {

@@ -19,8 +19,9 @@ void echo_report(FileHandle& files, std::string_view report) {
     const std::string_view line = report.substr(0, end);
     const std::size_t tab = line.find('\t');
     const std::string_view name = line.substr(0, tab);
-    const std::string_view short_name = tab == std::string_view::npos ? name : line.substr(tab + 1);
-    files.echo(same_text(name, short_name) ? std::string(name) : cat({name, "  ", short_name}));
+    const std::string_view short_name = tab == std::string_view::npos ? "" : line.substr(tab + 1);
+    const bool differs = !short_name.empty() && !same_text(name, short_name);
+    files.echo({name, differs ? "  " : "", differs ? short_name : ""});
     if (end == std::string_view::npos) return;
     report.remove_prefix(end + (report[end] == '\0' ? 1 : kLineEnd.size()));
   }

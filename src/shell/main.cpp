@@ -30,10 +30,11 @@ void run_console(Shared& shared, bool is_terminal) {
   while (true) {
     if (std::cin.rdbuf()->in_avail() <= 0) shared.file_handle.flush_output();
     if (is_terminal) std::cerr << "> " << std::flush;
-    if (!std::getline(std::cin, line)) return;
+    if (!std::getline(std::cin, line)) break;
     if (line.ends_with('\r')) line.pop_back();
     shared.control.pending(line);
   }
+  if (is_terminal) std::cerr << std::endl;
 }
 
 void run_session(Shared& shared, const Options& options) {

@@ -9,7 +9,7 @@
 namespace tidewright {
 namespace {
 
-constexpr std::size_t kManyWaiting = 64 * 1024;
+constexpr std::size_t kManyWaiting = 65536;
 
 // Clears the screen and its scroll-back, and goes home.
 constexpr std::string_view kClearScreen = "\x1B[2J\x1B[3J\x1B[H";

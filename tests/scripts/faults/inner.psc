@@ -1,0 +1,5 @@
+walk 8
+
+#org start.0x10
+walk 9
+// never reached
