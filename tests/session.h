@@ -34,9 +34,9 @@ class ListConsole : public Instant {
 struct Session {
   explicit Session(MemoryMachine::Style style = MemoryMachine::Style::posix)
       : machine(style), log_folder(style == MemoryMachine::Style::posix ? "/logs" : "C:\\logs") {
-    machine.add_file(style == MemoryMachine::Style::posix ? "/tidewright/base/includes.psh"
-                                                          : "C:\\tidewright\\base\\includes.psh",
-                     "#do\r\n");
+    machine.add_file(
+        style == MemoryMachine::Style::posix ? "/tidewright/base/includes.psh" : "C:\\tidewright\\base\\includes.psh",
+        "#do\r\n");
     shared = std::make_unique<Shared>(machine.host(), console, log_folder);
   }
 
@@ -45,8 +45,7 @@ struct Session {
     const std::size_t before = console.lines.size();
     shared->control.pending(line);
     std::string added;
-    for (std::size_t i = before; i < console.lines.size(); ++i)
-      added += (i > before ? "\n" : "") + console.lines[i];
+    for (std::size_t i = before; i < console.lines.size(); ++i) added += (i > before ? "\n" : "") + console.lines[i];
     return added;
   }
 

@@ -1,6 +1,7 @@
 #include "base/numbers.h"
 
 #include <array>
+#include <bit>
 #include <charconv>
 #include <cmath>
 #include <limits>
@@ -41,17 +42,20 @@ NumberPrefix decimal_prefix(std::string_view text, std::size_t start) {
   if (plain) return {static_cast<double>(whole), at == start ? 0 : at};
   double value = 0;
   const auto [end, error] = std::from_chars(text.data() + start, text.data() + text.size(), value);
+  const auto length = static_cast<std::size_t>(end - text.data());
   if (error == std::errc::result_out_of_range) {
+    // Too near to zero is zero; only too far from it is a fault.
+    const std::size_t exponent = text.find_first_of("eE", start);
+    if (exponent < length && text.substr(exponent + 1).starts_with('-')) return {0, length};
     raise(ErrorNumber::overflow, text.substr(0, 40));
   }
   if (error != std::errc()) return {};
-  return {value, static_cast<std::size_t>(end - text.data())};
+  return {value, length};
 }
 
 [[noreturn]] void does_not_fit(double value, std::string_view width) {
-  std::string digits = std::to_string(value);
-  digits.erase(digits.find('.'));
-  raise(ErrorNumber::overflow, cat({digits, " is no ", width}));
+  const std::string digits = std::to_string(value);
+  raise(ErrorNumber::overflow, cat({std::string_view(digits).substr(0, digits.find('.')), " is no ", width}));
 }
 
 template <class Integer>
@@ -117,6 +121,10 @@ std::string hex(std::int32_t value) {
     bits >>= 4;
   } while (bits != 0);
   return {digits.begin() + first, digits.end()};
+}
+
+std::size_t hex_length(std::int32_t value) {
+  return (static_cast<std::size_t>(std::bit_width(static_cast<std::uint32_t>(value) | 1U)) + 3) / 4;
 }
 
 std::string hex_bytes(std::string_view bytes) {

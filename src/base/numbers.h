@@ -37,6 +37,9 @@ std::int16_t checked_add(std::int16_t counter, int step);
 /// "FFFFFFFF".
 std::string hex(std::int32_t value);
 
+/// How many digits hex() gives: 1 to 8.
+std::size_t hex_length(std::int32_t value);
+
 /// The bytes as upper-case pairs of hexadecimal digits, in order.
 std::string hex_bytes(std::string_view bytes);
 

@@ -16,8 +16,7 @@ std::string lowered(std::string_view text) {
 }
 
 bool same_text(std::string_view a, std::string_view b) {
-  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                    [](char x, char y) { return lower(x) == lower(y); });
+  return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](char x, char y) { return lower(x) == lower(y); });
 }
 
 void replace_all(std::string& text, std::string_view from, std::string_view to) {

@@ -108,39 +108,34 @@ void FileBuffer::patch(const fOffsett& pointer) {
 }
 
 void FileBuffer::write_chunks() {
-  // Labels whose bytes still stand in the file's write buffer: they are told when giving them to the platform
-  // fails.
-  std::vector<const fOffsett*> unflushed;
-  const auto tell = [&](const RuntimeError& error) {
-    for (const fOffsett* label : unflushed) tell_failure("label", *label, error.description);
-    unflushed.clear();
-  };
   for (int b = 0; b < kLabelSets; ++b) {
     tell_unwritten(b);
     const Collection<fOffsett>& labels = labels_[static_cast<std::size_t>(b)];
     for (std::size_t j = 1; j <= labels.count(); ++j) {
-      const bool waiting = files_->unflushed() > 0;
-      if (!waiting) unflushed.clear();
       try {
         write_chunk(j, b);
-        unflushed.push_back(&labels.at(j));
       } catch (const RuntimeError& error) {
-        // Bytes that still wait are not what failed.
-        if (waiting && files_->unflushed() > 0) {
-          tell_failure("label", labels.at(j), error.description);
-        } else {
-          unflushed.push_back(&labels.at(j));
-          tell(error);
-        }
+        tell_lost(error.description);
+        tell_failure("label", labels.at(j), error.description);
       }
     }
   }
-  if (unflushed.empty()) return;
   try {
-    files_->flush_data();
+    if (files_->unflushed() > 0) files_->flush_data();
   } catch (const RuntimeError& error) {
-    tell(error);
+    tell_lost(error.description);
   }
+  in_flight_.clear();
+}
+
+// Tells of the chunks that stood in the file's write buffer and did not arrive when it was given to the platform.
+void FileBuffer::tell_lost(std::string_view why) {
+  if (in_flight_.empty() || files_->unflushed() > 0) return;
+  const std::int32_t reached = files_->fPos();
+  for (const fOffsett& chunk : in_flight_) {
+    if (chunk.Offset > reached) tell_failure("label", chunk, why);
+  }
+  in_flight_.clear();
 }
 
 void FileBuffer::write_chunk(std::size_t position, int set) {
@@ -148,12 +143,15 @@ void FileBuffer::write_chunk(std::size_t position, int set) {
   const std::int32_t place = pushed(point_.name);
   files_->SeekData(place);
   if (place < 0) raise(ErrorNumber::invalid_call, "its position lies before the file");
+  if (files_->unflushed() == 0) in_flight_.clear();
   std::string filler;
   if (fill_ >= 0) data = filler.assign(data.size(), static_cast<char>(fill_));
   files_->echo({" - Putting [", data, "] at ", hex(place)});
   for (std::size_t start = 0; start < data.size(); start += kLongestPut) {
     files_->putblock(data.substr(start, kLongestPut));
   }
+  in_flight_.push_back(point_);
+  in_flight_.back().Offset = to_long(static_cast<double>(place) + static_cast<double>(data.size()));
 }
 
 void FileBuffer::tell_unwritten(int buffer) {
@@ -161,8 +159,7 @@ void FileBuffer::tell_unwritten(int buffer) {
   const std::size_t unwritten =
       labels.count() == 0 ? bytes(buffer).size() : static_cast<std::size_t>(labels.at(1).Offset);
   if (unwritten == 0) return;
-  files_->echo(
-      cat({" - ", unwritten, " bytes before the first label of buffer ", buffer, " are not written"}));
+  files_->echo(cat({" - ", unwritten, " bytes before the first label of buffer ", buffer, " are not written"}));
 }
 
 }  // namespace tidewright

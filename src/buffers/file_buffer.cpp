@@ -44,8 +44,7 @@ FileBuffer::FileBuffer(FileHandle& files, const Bank& bank) : files_(&files), ba
 }
 
 std::size_t FileBuffer::slot_index(int index) {
-  if (index < 0 || index >= kSlots)
-    raise(ErrorNumber::subscript_out_of_range, cat({"there is no buffer ", index}));
+  if (index < 0 || index >= kSlots) raise(ErrorNumber::subscript_out_of_range, cat({"there is no buffer ", index}));
   return static_cast<std::size_t>(index);
 }
 

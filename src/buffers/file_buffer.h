@@ -123,8 +123,7 @@ class FileBuffer {
     std::string key;
     fOffsett pointer;
   };
-  std::vector<Registration> registrations(std::string_view list, std::uint8_t buffer,
-                                          std::size_t length) const;
+  std::vector<Registration> registrations(std::string_view list, std::uint8_t buffer, std::size_t length) const;
 
   void place_labels();
   void place_label(const fOffsett& label, std::int32_t& position, std::int16_t& last_offset);
@@ -132,6 +131,7 @@ class FileBuffer {
   void patch(const fOffsett& pointer);
   void write_chunks();
   void write_chunk(std::size_t position, int set);
+  void tell_lost(std::string_view why);
   void tell_unwritten(int buffer);
   void tell_failure(std::string_view what, const fOffsett& point, std::string_view why);
 
@@ -142,6 +142,8 @@ class FileBuffer {
   std::array<Collection<fOffsett>, kLabelSets> labels_;
   Collection<fOffsett> pointers_;
   Collection<std::int32_t> pushed_;
+  std::vector<fOffsett>
+      in_flight_;  // labels whose bytes stand in the file's write buffer; Offset is their end in the file
   fOffsett point_;
   std::uint8_t previous_buffer_ = 0;
   std::int16_t fill_ = -1;  // 0 to 255 burns that byte in place of the data

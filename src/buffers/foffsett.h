@@ -9,9 +9,8 @@ namespace tidewright {
 struct fOffsett {
   std::int16_t mode = 0;    // a pointer's kind; for a point, how it was written: 3 code, 8 text, 9 data
   std::uint8_t buffer = 0;  // 0 to 16
-  std::int32_t Offset =
-      0;  // 0-based byte position in the buffer; of a registered pointer, buffer x 100000 + position
-  std::string name;  // the label, or the target of a pointer as the script writes it
+  std::int32_t Offset = 0;  // 0-based byte position in the buffer; of a registered pointer, buffer x 100000 + position
+  std::string name;         // the label, or the target of a pointer as the script writes it
 };
 
 }  // namespace tidewright

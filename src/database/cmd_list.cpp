@@ -79,8 +79,7 @@ std::string CmdList::template_of(const tCmd& command) {
 }
 
 const tCmd& CmdList::record(std::size_t position) const {
-  if (position < 1 || position > commands_.size())
-    raise(ErrorNumber::subscript_out_of_range, "a removed command");
+  if (position < 1 || position > commands_.size()) raise(ErrorNumber::subscript_out_of_range, "a removed command");
   return commands_[position - 1];
 }
 

@@ -33,7 +33,7 @@ bool is_resolved(std::string_view specification) {
 
 // How many hexadecimal digits numberpush will see.
 std::size_t digits_of(std::string_view value, double number) {
-  return value[0] == '&' ? value.size() - 2 : hex(to_long(number)).size();
+  return value[0] == '&' ? value.size() - 2 : hex_length(to_long(number));
 }
 
 }  // namespace
@@ -44,13 +44,13 @@ void Encoder::echo(std::initializer_list<Piece> pieces) const {
 
 std::string Encoder::encode(std::string& code, std::string& extra) {
   split(code, ' ', tokens_);
-  const tCmd* command = look_up();
-  if (command == nullptr) {
-    list_.files_->echo_fault(cat({"Invalid Command : ", tokens_[0]}));
-    extra = "no such command";
-    return "";
-  }
   try {
+    const tCmd* command = look_up();
+    if (command == nullptr) {
+      list_.files_->echo_fault(cat({"Invalid Command : ", tokens_[0]}));
+      extra = "no such command";
+      return "";
+    }
     command = end_of_chain(command);
     echo({lineno_, ": Code Command - ", command->keyword(), " [", hex(command->bytecode()), "] "});
     append_number(value_list_, command->bytecode());
@@ -58,34 +58,29 @@ std::string Encoder::encode(std::string& code, std::string& extra) {
     walk(*command);
     tell_unused(*command);
     echo({" -> ", value_list_});
-    code = std::move(bytes_);
-    extra = std::move(pointers_);
-    return std::move(value_list_);
   } catch (const RuntimeError& error) {
     list_.files_->echo_fault(cat({"Invald Command :", reached_ < tokens_.size() ? tokens_[reached_] : ""}));
     extra = error.description;
     return "";
   }
+  code = std::move(bytes_);
+  extra = std::move(pointers_);
+  return std::move(value_list_);
 }
 
-// The command that the tokens call: by their standard form, or else by the first of them. Notes which are its
-// values.
+// The command that the tokens call: by their standard form, or else by the first of them. Of a phrase only the values
+// are kept, behind an empty word.
 const tCmd* Encoder::look_up() {
-  values_.clear();
-  values_.reserve(8);
-  next_ = 0;
-  reached_ = 0;
+  next_ = 1;
+  reached_ = 1;
   // Only a keyword of several words can be a standard form that its first token alone is not.
-  const tCmd* command =
-      list_.has_phrases_ && tokens_.size() > 1 ? list_.find(standard_form(tokens_)) : nullptr;
-  if (command != nullptr) {
-    for (std::size_t i = 0; i < tokens_.size(); ++i) {
-      if (is_value(tokens_[i], true)) values_.push_back(i);
-    }
-    return command;
-  }
-  for (std::size_t i = 1; i < tokens_.size(); ++i) values_.push_back(i);
-  return list_.find(tokens_[0]);
+  const bool may_be_phrase = list_.has_phrases_ && tokens_.size() > 1;
+  const tCmd* const phrase = may_be_phrase ? list_.find(standard_form(tokens_)) : nullptr;
+  if (phrase == nullptr) return list_.find(tokens_[0]);
+  const auto is_word = [](const std::string& token) { return !is_value(token, true); };
+  tokens_.erase(std::remove_if(tokens_.begin(), tokens_.end(), is_word), tokens_.end());
+  tokens_.insert(tokens_.begin(), std::string());
+  return phrase;
 }
 
 const tCmd* Encoder::end_of_chain(const tCmd* command) {
@@ -118,7 +113,9 @@ void Encoder::follow_alias(const tCmd& alias) {
     const std::string& description = alias.ParmDesc(i);
     if (kind == kEndOfScript) continue;
     if (kind <= kLastValueKind || (kind >= kFixed && description.empty())) {
-      phrase.push_back(next_value());
+      std::string value = next_value();
+      resolve(description, value);
+      phrase.push_back(std::move(value));
     } else {
       const tCmd* const named = kind == kNamedByte ? list_.find(description) : nullptr;
       phrase.push_back(named == nullptr ? description : cat({named->bytecode()}));
@@ -152,18 +149,26 @@ void Encoder::walk(const tCmd& command) {
 void Encoder::add_value_parameter(const tCmd& command, int index) {
   const std::uint8_t kind = command.Parmsise(index);
   if (kind == kEndOfScript) return;  // a mark for the decoder: no value, no byte
-  if (!is_resolved(command.ParmDesc(index))) return add_number(next_value(), converter_kind(kind));
-  std::string specification = command.ParmDesc(index);
+  const std::string& description = command.ParmDesc(index);
+  if (!is_resolved(description)) return add_number(next_value(), converter_kind(kind));
   std::string value = next_value();
-  const std::string choice = value;
-  const std::int16_t bound = list_.resolveparm(specification, value);
-  if (value.empty()) raise(ErrorNumber::invalid_call, cat({"there is no choice ", choice}));
+  const std::int16_t bound = resolve(description, value);
   add_number(value, converter_kind(kind));
   if (bound == 0) return;
   const tCmd& other = list_.record(static_cast<std::size_t>(bound));
-  if (other.alias())
-    raise(ErrorNumber::invalid_call, cat({other.keyword(), " is an alias, which nothing binds to"}));
+  if (other.alias()) raise(ErrorNumber::invalid_call, cat({other.keyword(), " is an alias, which nothing binds to"}));
   walk(other);
+}
+
+// Puts a value through the select, mask or bind of its parameter, where it has one. The result is the command bound to.
+std::int16_t Encoder::resolve(const std::string& description, std::string& value) const {
+  if (!is_resolved(description)) return 0;
+  const std::string given = value;
+  if (number_prefix(given).length == 0) raise(ErrorNumber::type_mismatch, cat({"\"", given, "\" is no number"}));
+  std::string specification = description;
+  const std::int16_t bound = list_.resolveparm(specification, value);
+  if (value.empty()) raise(ErrorNumber::invalid_call, cat({"there is no choice ", given}));
+  return bound;
 }
 
 void Encoder::add_named_byte(const std::string& description) {
@@ -181,8 +186,7 @@ void Encoder::add_number(std::string_view value, int kind) {
   const bool pointer = is_pointer_kind(kind);
   if (number.length == 0) {
     if (!pointer || value.empty()) raise(ErrorNumber::type_mismatch, cat({"\"", value, "\" is no number"}));
-    if (value.find(',') != std::string_view::npos)
-      raise(ErrorNumber::type_mismatch, "a label cannot hold a comma");
+    if (value.find(',') != std::string_view::npos) raise(ErrorNumber::type_mismatch, "a label cannot hold a comma");
     return add(value, kind);
   }
   if (number.length < value.size()) {
@@ -191,8 +195,7 @@ void Encoder::add_number(std::string_view value, int kind) {
   if (!pointer) {
     const auto digits = static_cast<std::size_t>(SmartNum::width(-kind, 1));
     if (digits_of(value, number.value) > digits) {
-      echo({lineno_, ": ", value, " has more than ", digits, " hexadecimal digits, the first ", digits,
-            " are kept"});
+      echo({lineno_, ": ", value, " has more than ", digits, " hexadecimal digits, the first ", digits, " are kept"});
     }
   }
   add(value, kind);
@@ -205,9 +208,9 @@ void Encoder::add(std::string_view value, int kind) {
 }
 
 const std::string& Encoder::next_value() {
-  reached_ = has_value() ? values_[next_] : tokens_.size();
+  reached_ = next_;
   if (!has_value()) raise(ErrorNumber::invalid_call, "too few values");
-  return tokens_[values_[next_++]];
+  return tokens_[next_++];
 }
 
 void Encoder::tell_unused(const tCmd& command) {

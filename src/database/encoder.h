@@ -24,21 +24,21 @@ class Encoder {
   void follow_alias(const tCmd& alias);
   void walk(const tCmd& command);
   void add_value_parameter(const tCmd& command, int index);
+  std::int16_t resolve(const std::string& description, std::string& value) const;
   void add_named_byte(const std::string& description);
   void add_number(std::string_view value, int kind);
   void add(std::string_view value, int kind);
-  bool has_value() const { return next_ < values_.size(); }
+  bool has_value() const { return next_ < tokens_.size(); }
   const std::string& next_value();
   void tell_unused(const tCmd& command);
   void echo(std::initializer_list<Piece> pieces) const;
 
   const CmdList& list_;
   std::int16_t lineno_;
-  std::vector<std::string>
-      tokens_;  // of the statement that is looked at: the line, or what an alias made of it
-  std::vector<std::size_t> values_;  // which of them are the script's values
-  std::size_t next_ = 0;             // the first value not yet taken
-  std::size_t reached_ = 0;          // the token that the walk has come to, for the message
+  // Of the line, or of what an alias made of it: the word that was looked up, then the values.
+  std::vector<std::string> tokens_;
+  std::size_t next_ = 1;     // the first value not yet taken
+  std::size_t reached_ = 1;  // the token that the walk has come to, for the message
   SmartNum num_;
   std::string value_list_;
   std::string bytes_;

@@ -14,9 +14,8 @@ struct TypeWord {
 };
 
 constexpr TypeWord kTypeWords[] = {
-    {"b", kByte},     {"byte", kByte}, {"char", kByte},       {"i", kWord},
-    {"word", kWord},  {"int", kWord},  {"l", kDword},         {"dword", kDword},
-    {"long", kDword}, {"p", kPointer}, {"pointer", kPointer}, {"ptr", kPointer},
+    {"b", kByte},  {"byte", kByte},   {"char", kByte},  {"i", kWord},    {"word", kWord},       {"int", kWord},
+    {"l", kDword}, {"dword", kDword}, {"long", kDword}, {"p", kPointer}, {"pointer", kPointer}, {"ptr", kPointer},
 };
 
 constexpr std::string_view kRecordTypes[] = {"move", "binary", "raw"};

@@ -80,11 +80,11 @@ std::string DataFile::read(std::size_t size) {
   return bytes;
 }
 
-void DataFile::write(std::initializer_list<std::string_view> pieces) {
+void DataFile::write(std::string_view bytes) {
   if (!writable_) raise(ErrorNumber::permission_denied, cat({name_, " cannot be written"}));
-  if (write_buffer_.empty()) drop_read_buffer();
-  for (const std::string_view piece : pieces) write_buffer_ += piece;
   if (write_buffer_.size() >= kBufferSize) flush();
+  if (write_buffer_.empty()) drop_read_buffer();
+  write_buffer_ += bytes;
 }
 
 void DataFile::seek(std::int64_t position) {
@@ -108,12 +108,11 @@ void DataFile::flush() {
   if (write_buffer_.empty()) return;
   std::string bytes;
   bytes.swap(write_buffer_);
-  const std::int64_t start = buffer_start_;
-  buffer_start_ += static_cast<std::int64_t>(bytes.size());
-  file_->seek(start);
+  file_->seek(buffer_start_);
   for (std::string_view left = bytes; !left.empty();) {
     const std::size_t written = file_->write(left);
     if (written == 0) raise(ErrorNumber::device_io, name_);
+    buffer_start_ += static_cast<std::int64_t>(written);
     left.remove_prefix(written);
   }
   bytes.clear();

@@ -3,7 +3,6 @@
 #pragma once
 
 #include <cstdint>
-#include <initializer_list>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -15,7 +14,8 @@ namespace tidewright {
 /// Buffered access to a platform file: runs of bytes read or written one after another reach the platform in
 /// large pieces. Positions are bytes from the start, 0-based. Everything here raises what the platform
 /// raises. Bytes written reach it with flush(), close(), a seek elsewhere or a full buffer; those not yet
-/// there are lost when one of these fails, so that nothing is ever written twice.
+/// there are lost when one of these fails, so that nothing is ever written twice, and the position is then behind
+/// the last byte that arrived.
 class DataFile {
  public:
   DataFile(std::unique_ptr<File> file, std::string name, bool readable, bool writable);
@@ -37,9 +37,9 @@ class DataFile {
   int get();
   int peek();
 
-  void write(std::string_view bytes) { write({bytes}); }
-  /// Writes the pieces one after another.
-  void write(std::initializer_list<std::string_view> pieces);
+  void write(std::string_view bytes);
+  /// The same for bytes that belong to those of the write() just before: only collected.
+  void write_more(std::string_view bytes) { write_buffer_ += bytes; }
 
   void seek(std::int64_t position);
   std::int64_t position() const { return write_buffer_.empty() ? read_position() : write_position(); }
@@ -55,9 +55,7 @@ class DataFile {
   static constexpr std::size_t kBufferSize = 65536;
 
   std::int64_t read_position() const { return buffer_start_ + static_cast<std::int64_t>(read_at_); }
-  std::int64_t write_position() const {
-    return buffer_start_ + static_cast<std::int64_t>(write_buffer_.size());
-  }
+  std::int64_t write_position() const { return buffer_start_ + static_cast<std::int64_t>(write_buffer_.size()); }
   bool fill();
   void want_readable();
   void drop_read_buffer();

@@ -54,16 +54,13 @@ std::string FileHandle::delete_files(const std::string& argument) {
 }
 
 std::string FileHandle::remove_folder(const std::string& argument) {
-  const std::string folder =
-      actual_path(host_.files, joined(host_.files, host_.files.current_folder(), argument));
-  if (host_.files.list(joined(host_.files, folder, "*.*"), kReadOnly).empty())
-    host_.files.remove_folder(folder);
+  const std::string folder = actual_path(host_.files, joined(host_.files, host_.files.current_folder(), argument));
+  if (host_.files.list(joined(host_.files, folder, "*.*"), kReadOnly).empty()) host_.files.remove_folder(folder);
   return "";
 }
 
 std::string FileHandle::make_folder(const std::string& argument) {
-  const std::string folder =
-      actual_path(host_.files, joined(host_.files, host_.files.current_folder(), argument));
+  const std::string folder = actual_path(host_.files, joined(host_.files, host_.files.current_folder(), argument));
   // Wanted in exactly this sense: a folder is made only where something of its name is there, which then
   // fails.
   if (!host_.files.list(folder, kEveryAttribute).empty()) host_.files.make_folder(folder);

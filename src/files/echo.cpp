@@ -28,8 +28,8 @@ FileHandle::FileHandle(const Host& host, const std::string& log_folder) : host_(
     // It is there already, most often; where it cannot be made, opening the log says so.
   }
   const std::tm now = host_.clock.now();
-  const std::string path = joined(
-      host_.files, log_folder, cat({"[", formatted(now, "%Y%m%d-%H%M"), "]", host_.program.name(), ".log"}));
+  const std::string path =
+      joined(host_.files, log_folder, cat({"[", formatted(now, "%Y%m%d-%H%M"), "]", host_.program.name(), ".log"}));
   files_[kLogFile].emplace(host_.files.open(path, Access::create), path, false, true);
   echo({"Logging started", formatted(now, "%Y-%m-%d %H:%M:%S"), kLineEnd});
   ++level_;
@@ -59,25 +59,29 @@ void FileHandle::echo(std::string_view text, bool underline, int indent) {
   } catch (const RuntimeError&) {
     // A console that fails must not keep the line from the log.
   }
-  static constexpr std::string_view kMarks = "||||||||||||||||";
-  const std::string_view marks =
-      kMarks.substr(0, static_cast<std::size_t>(std::max(lowest_free_number() - 2, 0)));
-  const std::string prefix =
-      indent > 0 ? std::string(static_cast<std::size_t>(indent), ' ') + "- " : std::string();
-  write_log(marks, prefix, text);
-  if (underline) write_log(marks, "/", line);
+  const std::string prefix = indent > 0 ? std::string(static_cast<std::size_t>(indent), ' ') + "- " : std::string();
+  write_log({prefix, text});
+  if (underline) write_log({"/", line});
 }
 
 void FileHandle::echo(std::initializer_list<Piece> pieces) {
-  cat_into(line_, pieces);
-  echo(std::string_view(line_));
+  if (console_ != nullptr && console_->Visible()) {
+    cat_into(line_, pieces);
+    echo(std::string_view(line_));
+  } else {
+    write_log(pieces);
+  }
 }
 
-void FileHandle::write_log(std::string_view marks, std::string_view prefix, std::string_view text) {
+void FileHandle::write_log(std::initializer_list<Piece> pieces) {
   std::optional<DataFile>& log = files_[kLogFile];
   if (!log) return;
+  static constexpr std::string_view kMarks = "||||||||||||||||";
+  const int marks = std::max(lowest_free_number() - 2, 0);
   try {
-    log->write({marks, prefix, text, kLineEnd});
+    log->write(kMarks.substr(0, static_cast<std::size_t>(marks)));
+    for (const Piece& piece : pieces) log->write_more(piece.text());
+    log->write_more(kLineEnd);
   } catch (const RuntimeError&) {
     // A message is never worth an error: the console has the line.
   }

@@ -89,8 +89,7 @@ FieldValue read_value(DataFile& file) {
   }
   if (c == '\r' && file.peek() == '\n') file.get();
   const NumberPrefix prefix = quoted ? NumberPrefix{} : number_prefix(text);
-  if (prefix.length > 0 && text.find_first_not_of(' ', prefix.length) == std::string::npos)
-    return prefix.value;
+  if (prefix.length > 0 && text.find_first_not_of(' ', prefix.length) == std::string::npos) return prefix.value;
   return text;
 }
 
@@ -112,8 +111,7 @@ std::string FileHandle::OpenFile(std::string& name, std::string& mode, bool conf
   }
   if (name.empty()) return "";
   if (word.starts_with("old:")) mode.erase(0, 4);
-  if (level_ == kLastFile)
-    raise(ErrorNumber::subscript_out_of_range, cat({"too many files are open to open ", name}));
+  if (level_ == kLastFile) raise(ErrorNumber::subscript_out_of_range, cat({"too many files are open to open ", name}));
   ++level_;
   lineno(0);
   try {
@@ -151,8 +149,7 @@ void FileHandle::open_current(const std::string& name, const std::string& mode) 
 void FileHandle::refuse_open_twice(const std::string& path, bool writing) const {
   for (std::size_t number = kLogFile; number <= kLastFile; ++number) {
     const std::optional<DataFile>& file = files_[number];
-    if (file && file->name() == path && (writing || file->writable()))
-      raise(ErrorNumber::file_already_open, path);
+    if (file && file->name() == path && (writing || file->writable())) raise(ErrorNumber::file_already_open, path);
   }
 }
 
@@ -292,8 +289,7 @@ void FileHandle::putdata(std::string_view type, const FieldValue& value) {
       break;
     case Field::string: {
       const std::string text = text_of(value);
-      if (text.size() > kLongestPut)
-        raise(ErrorNumber::overflow, cat({"a string of ", text.size(), " bytes"}));
+      if (text.size() > kLongestPut) raise(ErrorNumber::overflow, cat({"a string of ", text.size(), " bytes"}));
       file.write(little_endian_bytes(kStringTag, 2));
       file.write(little_endian_bytes(static_cast<std::uint32_t>(text.size()), 2));
       file.write(text);

@@ -47,7 +47,7 @@ class FileHandle {
   /// one shorter than the text. An empty text is nothing at all. Never raises.
   void echo(std::string_view text, bool underline = false, int indent = 0);
 
-  /// The same for a line in pieces.
+  /// The same for a line in pieces, which must not all be empty.
   void echo(std::initializer_list<Piece> pieces);
 
   /// An echo line that tells of a fault: the run counts as troubled.
@@ -163,7 +163,7 @@ class FileHandle {
   void open_current(const std::string& name, const std::string& mode);
   void refuse_open_twice(const std::string& path, bool writing) const;
   std::string short_form(const std::string& path, const std::string& name) const;
-  void write_log(std::string_view marks, std::string_view prefix, std::string_view text);
+  void write_log(std::initializer_list<Piece> pieces);
   int lowest_free_number() const;
 
   std::string dir(std::string& argument);

@@ -17,6 +17,7 @@ bool is_escape(std::string_view text) {
 std::string as_token(std::string_view name) {
   std::string token = with_blanks(name);
   normalize(token);
+  scrub(token);
   make_lower(token);
   return token;
 }
@@ -26,6 +27,10 @@ std::optional<std::string> entry_like(Files& files, const std::string& folder, s
   const std::vector<Entry> entries = files.list(joined(files, folder, "*"), kEveryAttribute);
   for (const Entry& entry : entries) {
     if (same_text(entry.name, part)) return entry.name;
+  }
+  const std::string written = with_blanks(part);
+  for (const Entry& entry : entries) {
+    if (same_text(entry.name, written)) return entry.name;
   }
   const std::string token = as_token(part);
   for (const Entry& entry : entries) {
@@ -66,6 +71,12 @@ std::string blank_free(std::string_view name) {
   return result;
 }
 
+std::string all_escaped(std::string_view name) {
+  std::string result;
+  for (std::size_t i = 0; i < name.size(); ++i) result += cat({"%", hex_bytes(name.substr(i, 1))});
+  return result;
+}
+
 std::string with_blanks(std::string_view name) {
   std::string result;
   for (std::size_t i = 0; i < name.size(); ++i) {
@@ -88,8 +99,7 @@ std::string actual_path(Files& files, const std::string& path) {
     const std::size_t end = left.find_first_of(kSeparators);
     const std::string_view part = left.substr(0, end);
     const bool known = part.empty() || part == "." || part == ".." ||
-                       part.find_first_of("*?") != std::string_view::npos ||
-                       files.find(actual + std::string(part));
+                       part.find_first_of("*?") != std::string_view::npos || files.find(actual + std::string(part));
     if (known) {
       actual += part;
     } else {

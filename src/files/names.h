@@ -23,6 +23,9 @@ std::string joined(Files& files, std::string_view folder, std::string_view name)
 /// would not is written "%" and two hexadecimal digits, and so is a "%" that could be taken for one.
 std::string blank_free(std::string_view name);
 
+/// The same with every character written so: a form that is the literal name of no other file.
+std::string all_escaped(std::string_view name);
+
 /// `name` with every "%" and two hexadecimal digits turned back into its character.
 std::string with_blanks(std::string_view name);
 

@@ -17,10 +17,9 @@ struct PartWord {
 };
 
 constexpr PartWord kPartWords[] = {
-    {"fullpath", Part::full},       {"fullname", Part::full},    {"filename", Part::name},
-    {"file", Part::name},           {"name", Part::name},        {"path", Part::folder},
-    {"dir", Part::folder},          {"directory", Part::folder}, {"ext", Part::extension},
-    {"extension", Part::extension},
+    {"fullpath", Part::full}, {"fullname", Part::full},       {"filename", Part::name}, {"file", Part::name},
+    {"name", Part::name},     {"path", Part::folder},         {"dir", Part::folder},    {"directory", Part::folder},
+    {"ext", Part::extension}, {"extension", Part::extension},
 };
 
 Part part_of(std::string_view word) {
@@ -93,7 +92,11 @@ void FileHandle::filename(std::string_view part, const std::string& text) {
 
 std::string FileHandle::short_form(const std::string& path, const std::string& name) const {
   const std::string short_name = host_.files.short_name(path);
-  return short_name.empty() || short_name.find(' ') != std::string::npos ? blank_free(name) : short_name;
+  if (!short_name.empty() && blank_free(short_name) == short_name) return short_name;
+  std::string form = blank_free(name);
+  // Where another file bears this form as its name, that one would be found.
+  const std::string folder = path.substr(0, last_separator(path) + 1);
+  return form != name && host_.files.find(folder + form) ? all_escaped(name) : form;
 }
 
 bool FileHandle::ShrinkName(std::string& text) {

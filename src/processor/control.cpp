@@ -81,8 +81,8 @@ void Control::KaCode(std::string& line) {
     statement.kaTrim(text);
     statement.kaSplit(statement.values(0), ';');
     // A text behind a code line is one more statement. A line that is comment as a whole holds none.
-    const bool whole = !statement.vDirective().empty() &&
-                       kWholeLineMarkers.find(statement.vDirective()) != std::string_view::npos;
+    const bool whole =
+        !statement.vDirective().empty() && kWholeLineMarkers.find(statement.vDirective()) != std::string_view::npos;
     if (!whole && statement.vComment().starts_with('=')) {
       statement.count(cat({statement.last() + 1}));
       statement.values(statement.last(), statement.vComment());

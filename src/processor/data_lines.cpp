@@ -76,16 +76,14 @@ void Control::raw_data(Directive& directive, std::string_view /*detail*/) {
   std::vector<std::string> words;
   split(directive.text, ' ', words);
   std::string bytes;
-  const bool record =
-      std::find(std::begin(kRecordTypes), std::end(kRecordTypes), words[0]) != std::end(kRecordTypes);
+  const bool record = std::find(std::begin(kRecordTypes), std::end(kRecordTypes), words[0]) != std::end(kRecordTypes);
   if (record) {
     bytes = shared_.record.Draw(directive.text);
   } else {
     const SmartNum num(shared_.bank);
     for (const std::string& word : words) {
       if (!is_hexadecimal(word)) {
-        raise(ErrorNumber::type_mismatch,
-              cat({"\"", word, "\" is neither a directive nor hexadecimal data"}));
+        raise(ErrorNumber::type_mismatch, cat({"\"", word, "\" is neither a directive nor hexadecimal data"}));
       }
       bytes += num.numberpush(word, 1);
     }

@@ -58,8 +58,7 @@ void Control::addtext(Directive& directive, std::string_view kind) {
   const std::string name = directive.argument(1);
   if (name.empty()) {
     files.notice_box(cat({"Text entry error line: ", files.lineno()}));
-    files.echo(
-        "Cannot use spaces or the symbols ; ' in text assignment except as chr values.. ie: #20 - SPACE");
+    files.echo("Cannot use spaces or the symbols ; ' in text assignment except as chr values.. ie: #20 - SPACE");
     return;
   }
   const TextTable::Word word = kind == "text"   ? TextTable::Word::text

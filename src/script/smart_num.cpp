@@ -90,9 +90,8 @@ std::string SmartNum::kaRipvals(std::string_view bytes, std::string_view kinds) 
   for (std::size_t position = 1; position <= tokens.size(); ++position) {
     int size = width(-to_integer(Val(tokens[position - 1])), 2);
     if (position < tokens.size() && tokens[position].starts_with('$')) size = 4;
-    const std::string_view piece = position > bytes.size()
-                                       ? std::string_view()
-                                       : bytes.substr(position - 1, static_cast<std::size_t>(size));
+    const std::string_view piece =
+        position > bytes.size() ? std::string_view() : bytes.substr(position - 1, static_cast<std::size_t>(size));
     if (position > 1) result += ' ';
     result += numberpull(piece, size);
   }
@@ -100,7 +99,8 @@ std::string SmartNum::kaRipvals(std::string_view bytes, std::string_view kinds) 
 }
 
 bool SmartNum::isvalue(std::string_view text, bool allow_dollar) {
-  return is_value(text, allow_dollar);
+  // Here a capital "&H" does not make a value, whatever it reads as; for the tokenizer it does.
+  return !text.starts_with("&H") && is_value(text, allow_dollar);
 }
 
 std::string SmartNum::numberpush(std::string_view value, int kind) const {
@@ -122,7 +122,10 @@ void SmartNum::push(std::string_view value, int kind, std::string& bytes) const 
     return push_padded(value.substr(2), count, bytes);
   }
   const std::int32_t number = pointer ? CPtr(value) : to_long(Val(value));
-  push_padded(hex(number), count, bytes);
+  if (hex_length(number) > count) return push_digits(hex(number), count, bytes);
+  for (std::size_t i = 0; i < count / 2; ++i) {
+    bytes += static_cast<char>(i < sizeof number ? number >> (8 * i) : 0);
+  }
 }
 
 std::string SmartNum::numberpull(std::string_view bytes, int /*kind*/) {
@@ -148,8 +151,7 @@ SmartNum::Translation SmartNum::STrans(int kind, int mode) {
 
 std::string_view SmartNum::label(int kind) {
   const int index = -kind;
-  return index >= 0 && index < static_cast<int>(kLabels.size()) ? kLabels[static_cast<std::size_t>(index)]
-                                                                : "";
+  return index >= 0 && index < static_cast<int>(kLabels.size()) ? kLabels[static_cast<std::size_t>(index)] : "";
 }
 
 std::int16_t SmartNum::width(int kind, int mode) {

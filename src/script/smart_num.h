@@ -65,7 +65,7 @@ class SmartNum {
   /// kind, whatever the width: callers that read several values pass them one at a time.
   std::string kaRipvals(std::string_view bytes, std::string_view kinds) const;
 
-  /// See is_value().
+  /// As is_value(), but a text that begins with a capital "&H" is none.
   static bool isvalue(std::string_view text, bool allow_dollar);
 
   /// The bytes of one value. A kind of 0 or below gives the width; of a value with too many digits the

@@ -56,8 +56,7 @@ int run(const char* command, const Options& options) {
   console.Visible(!options.quiet);
   TerminalUser user(std::cin, NativeMachine::is_terminal(Stream::input), std::cerr, options.answer);
   const Host host = machine.host(user);
-  const std::string log_folder =
-      options.log_folder.value_or(joined(host.files, host.program.folder(), "log"));
+  const std::string log_folder = options.log_folder.value_or(joined(host.files, host.program.folder(), "log"));
   std::unique_ptr<Shared> shared;
   try {
     shared = std::make_unique<Shared>(host, console, log_folder);
@@ -77,8 +76,7 @@ int run(const char* command, const Options& options) {
 int main(int argc, char** argv) {
   std::ios::sync_with_stdio(false);
   std::cin.tie(nullptr);
-  const tidewright::Options options =
-      tidewright::read_options(std::vector<std::string>(argv + 1, argv + argc));
+  const tidewright::Options options = tidewright::read_options(std::vector<std::string>(argv + 1, argv + argc));
   if (!options.wrong.empty()) {
     std::cerr << "tidewright: " << options.wrong << "\nTry tidewright --help.\n";
     return tidewright::kWrongUsage;

@@ -23,8 +23,7 @@ std::size_t utf8_length(std::string_view text) {
     if ((next & 0xC0) != 0x80) return 0;
     code = code << 6 | (next & 0x3F);
   }
-  constexpr unsigned kFirst[] = {0xA0, 0x800,
-                                 0x10000};  // shorter forms of a code, and control codes, are none
+  constexpr unsigned kFirst[] = {0xA0, 0x800, 0x10000};  // shorter forms of a code, and control codes, are none
   const bool surrogate = code >= 0xD800 && code < 0xE000;
   return code >= kFirst[length - 2] && code <= 0x10FFFF && !surrogate ? length : 0;
 }

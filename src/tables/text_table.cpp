@@ -11,8 +11,7 @@ namespace {
 
 constexpr char kHashMark = '#';
 constexpr char kCtrlMark = '\\';
-constexpr std::string_view kTokenizedHash =
-    "&h";  // what the tokenizer makes of "#" in a text behind a code line
+constexpr std::string_view kTokenizedHash = "&h";  // what the tokenizer makes of "#" in a text behind a code line
 
 bool is_byte_notation(std::string_view text) {
   return text.size() >= 3 && text[0] == kHashMark && hex_digit(text[1]) >= 0 && hex_digit(text[2]) >= 0;
@@ -45,8 +44,7 @@ std::string literal(std::string_view text) {
 // at the ends or side by side; "&h", which a decompiled script writes as "0x"; and a leading "=", which
 // repeats the text.
 bool suffers_in_a_line(std::string_view form, std::string_view written, bool last) {
-  if (form.find_first_of("\t\r\n") != std::string_view::npos || form.find("  ") != std::string_view::npos)
-    return true;
+  if (form.find_first_of("\t\r\n") != std::string_view::npos || form.find("  ") != std::string_view::npos) return true;
   if (form.starts_with(' ') && (written.empty() || written.ends_with(' '))) return true;
   if (form.ends_with(' ') && last) return true;
   if (form.find(kTokenizedHash) != std::string_view::npos) return true;
@@ -81,8 +79,7 @@ void TextTable::add(std::string_view name, std::string_view value, Word word) {
   entries_.push_back(std::move(entry));
 }
 
-const TextTable::Entry* TextTable::longest(const Index& index, std::size_t limit,
-                                           std::string_view source) const {
+const TextTable::Entry* TextTable::longest(const Index& index, std::size_t limit, std::string_view source) const {
   for (std::size_t length = std::min(limit, source.size()); length > 0; --length) {
     if (const auto found = index.find(source.substr(0, length)); found != index.end()) {
       return &entries_[found->second];
@@ -109,14 +106,12 @@ TextTable::Match TextTable::match_text(std::string_view text) const {
       entry != nullptr && entry->form.size() + extra > best.length) {
     best = {entry->form.size() + extra, entry, 0};
   }
-  if (is_byte_notation(marked) && 3 + extra >= best.length)
-    best = {3 + extra, nullptr, byte_of(marked[1], marked[2])};
+  if (is_byte_notation(marked) && 3 + extra >= best.length) best = {3 + extra, nullptr, byte_of(marked[1], marked[2])};
   return best;
 }
 
 TextTable::Match TextTable::match_bytes(std::string_view bytes) const {
-  if (const Entry* const entry = longest(values_, longest_value_, bytes))
-    return {entry->bytes.size(), entry, 0};
+  if (const Entry* const entry = longest(values_, longest_value_, bytes)) return {entry->bytes.size(), entry, 0};
   return {1, nullptr, bytes[0]};
 }
 
@@ -171,8 +166,8 @@ class TextTable::Writer {
   bool reads_back() const {
     const std::size_t reach = std::max<std::size_t>({table_.longest_character_, table_.longest_name_ + 1, 4});
     std::size_t end = text_.size();
-    for (auto piece = pieces_.rbegin();
-         piece != pieces_.rend() && piece->start + reach > pieces_.back().start; ++piece) {
+    for (auto piece = pieces_.rbegin(); piece != pieces_.rend() && piece->start + reach > pieces_.back().start;
+         ++piece) {
       const Match match = table_.match_text(std::string_view(text_).substr(piece->start));
       if (match.length != end - piece->start || match.entry != piece->entry) return false;
       if (match.entry == nullptr && match.byte != piece->byte) return false;
@@ -194,8 +189,8 @@ std::string TextTable::bytes_to_text(std::string_view bytes) const {
     left.remove_prefix(match.length);
     const bool plain = match.entry != nullptr || (match.byte >= ' ' && match.byte <= '~');
     const std::string_view form = match.entry != nullptr ? std::string_view(match.entry->form) : source;
-    const bool written = plain && !suffers_in_a_line(form, writer.text(), left.empty()) &&
-                         writer.append(form, match.entry, match.byte);
+    const bool written =
+        plain && !suffers_in_a_line(form, writer.text(), left.empty()) && writer.append(form, match.entry, match.byte);
     if (written || writer.append_notation(source)) continue;
     // Entries that overlap the notation itself: the notation alone is always read as it stands.
     Writer notation(*this);

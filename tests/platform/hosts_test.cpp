@@ -111,8 +111,7 @@ std::string kind_name(const testing::TestParamInfo<Kind>& info) {
   return info.param == Kind::real ? "real" : info.param == Kind::posix ? "posix" : "windows";
 }
 
-INSTANTIATE_TEST_SUITE_P(Hosts, EveryMachine, testing::Values(Kind::real, Kind::posix, Kind::windows),
-                         kind_name);
+INSTANTIATE_TEST_SUITE_P(Hosts, EveryMachine, testing::Values(Kind::real, Kind::posix, Kind::windows), kind_name);
 
 TEST_P(EveryMachine, ReadsAndWritesAtThePosition) {
   const std::unique_ptr<File> file = files().open("a.bin", Access::create);
@@ -146,9 +145,7 @@ TEST_P(EveryMachine, RaisesTheErrorOfTheRefusal) {
   put(files(), "full/x", "x");
   put(files(), "file", "x");
   Files& f = files();
-  const auto open = [&f](Access access) {
-    return [&f, access](const std::string& path) { f.open(path, access); };
-  };
+  const auto open = [&f](Access access) { return [&f, access](const std::string& path) { f.open(path, access); }; };
   const auto change = [&f](const std::string& path) { f.change_folder(path); };
   const auto make = [&f](const std::string& path) { f.make_folder(path); };
   const auto remove = [&f](const std::string& path) { f.remove_folder(path); };
@@ -352,13 +349,11 @@ TEST(PosixDesktop, StartsDetachedAndOnlyOnADesktop) {
   desktop.open_document("-my file.txt");
   EXPECT_LT(std::chrono::steady_clock::now() - begin, milliseconds(1500)) << "must not be waited for";
   EXPECT_EQ(::waitpid(-1, nullptr, WNOHANG), -1) << "must leave no child";
-  for (int tries = 0; tries < 500 && !files.find("opened"); ++tries)
-    std::this_thread::sleep_for(milliseconds(10));
+  for (int tries = 0; tries < 500 && !files.find("opened"); ++tries) std::this_thread::sleep_for(milliseconds(10));
   EXPECT_EQ(content(files, "opened"), "/dev/null\n/dev/null\n/dev/null\n./-my file.txt");
   EXPECT_FALSE(files.find("started"));
   desktop.start_program("touch started && exit 3");
-  for (int tries = 0; tries < 500 && !files.find("started"); ++tries)
-    std::this_thread::sleep_for(milliseconds(10));
+  for (int tries = 0; tries < 500 && !files.find("started"); ++tries) std::this_thread::sleep_for(milliseconds(10));
   EXPECT_TRUE(files.find("started"));
 }
 
@@ -383,8 +378,7 @@ TEST(WindowsPaths, MeanTheSameFile) {
     EXPECT_EQ(content(files, c.path), c.content);
   }
   put(files, "C:/myfold~1/MYGAME~1.BIN", "new");
-  EXPECT_EQ(names(files.list("\\My Folder\\*", kNormal)), "my game.bin")
-      << "a file keeps the case it was made with";
+  EXPECT_EQ(names(files.list("\\My Folder\\*", kNormal)), "my game.bin") << "a file keeps the case it was made with";
   EXPECT_EQ(names(files.list("C:\\My Folder\\mygame~1.bin", kNormal)), "my game.bin");
   EXPECT_EQ(files.find("\\MYFOLD~1")->name, "My Folder");
   EXPECT_EQ(names(files.list("D:*", kNormal)), "d.bin");
@@ -456,8 +450,7 @@ TEST(MemoryFaults, StandUntilSwitchedOff) {
 
   const std::vector<std::function<void()>> actions{
       [&] { files.open("/work/sub/x", Access::create); }, [&] { files.remove_file("sub/x"); },
-      [&] { files.make_folder("sub/y"); }, [&] { files.remove_folder("sub/y"); },
-      [&] { files.list("sub/*", 0); }};
+      [&] { files.make_folder("sub/y"); }, [&] { files.remove_folder("sub/y"); }, [&] { files.list("sub/*", 0); }};
   machine.add_folder("sub");
   machine.deny("sub");
   for (const auto& action : actions) EXPECT_EQ(error_of(action, "sub"), 70);

@@ -64,7 +64,7 @@ std::string to_hex(const std::string& bytes) {
     const bool last = at + 16 >= bytes.size();
     if (row == zero && !last) continue;
     text += cat({hex(static_cast<std::int32_t>(at)), ":"});
-    for (const char byte : row) text += " " + hex_bytes(std::string_view(&byte, 1));
+    for (const char byte : row) text += cat({" ", hex_bytes(std::string_view(&byte, 1))});
     text += '\n';
   }
   return text;
@@ -96,8 +96,7 @@ TEST_P(Golden, ComesOutAsTheCaseSays) {
   for (const auto& entry : fs::recursive_directory_iterator(folder)) {
     const std::string extension = entry.path().extension().string();
     if (extension != ".psc" && extension != ".psh") continue;
-    session.machine.add_file("/work/" + fs::relative(entry.path(), folder).generic_string(),
-                             read_file(entry.path()));
+    session.machine.add_file("/work/" + fs::relative(entry.path(), folder).generic_string(), read_file(entry.path()));
   }
   session.machine.add_file("/work/game.bin", from_hex(read_file(folder / "before.hex")));
   for (const std::string& answer : lines_of(read_file(folder / "answers.txt"))) {
@@ -133,8 +132,11 @@ std::vector<std::string> cases() {
   return names;
 }
 
-INSTANTIATE_TEST_SUITE_P(Scripts, Golden, testing::ValuesIn(cases()),
-                         [](const testing::TestParamInfo<std::string>& info) { return info.param; });
+std::string case_name(const testing::TestParamInfo<std::string>& one) {
+  return one.param;
+}
+
+INSTANTIATE_TEST_SUITE_P(Scripts, Golden, testing::ValuesIn(cases()), case_name);
 
 }  // namespace
 }  // namespace tidewright

@@ -19,13 +19,8 @@ constexpr std::size_t kShortStem = kShortBase - 2;
 
 class MemoryFile final : public File {
  public:
-  MemoryFile(std::string path, std::string key, std::shared_ptr<MemoryNode> node, bool writable,
-             MemoryFaults& faults)
-      : path_(std::move(path)),
-        key_(std::move(key)),
-        node_(std::move(node)),
-        writable_(writable),
-        faults_(faults) {}
+  MemoryFile(std::string path, std::string key, std::shared_ptr<MemoryNode> node, bool writable, MemoryFaults& faults)
+      : path_(std::move(path)), key_(std::move(key)), node_(std::move(node)), writable_(writable), faults_(faults) {}
 
   std::size_t read(char* data, std::size_t size) override {
     const std::string& bytes = open_node().bytes;
@@ -97,9 +92,8 @@ NameParts name_parts(std::string_view name) {
 
 bool is_short(std::string_view name) {
   const auto [base, extension] = name_parts(name);
-  return !base.empty() && base.size() <= kShortBase && extension.size() <= kShortExtension &&
-         !name.ends_with('.') && base.find('.') == std::string_view::npos &&
-         name.find_first_of(" +,;=[]") == std::string_view::npos;
+  return !base.empty() && base.size() <= kShortBase && extension.size() <= kShortExtension && !name.ends_with('.') &&
+         base.find('.') == std::string_view::npos && name.find_first_of(" +,;=[]") == std::string_view::npos;
 }
 
 /// The characters of `part` that a short name can have: no blanks and dots, "_" for what it must not hold.
@@ -122,8 +116,7 @@ T next_answer(std::deque<T>& answers) {
 
 }  // namespace
 
-MemoryFiles::MemoryFiles(PathStyle style)
-    : windows_(style == PathStyle::windows), drive_(windows_ ? 'C' : '\0') {
+MemoryFiles::MemoryFiles(PathStyle style) : windows_(style == PathStyle::windows), drive_(windows_ ? 'C' : '\0') {
   if (windows_) {
     add_drive('C');
     add_drive('D');
@@ -348,8 +341,7 @@ std::vector<Entry> MemoryFiles::list(const std::string& pattern, int attributes)
     // A pattern without wildcards names an entry as any path does, so its short form will do.
     if (!matches(wanted, child->name) && !(windows_ && same_text(wanted, child->short_name))) continue;
     const int found = attributes_of(*child);
-    if ((found & (kHidden | kSystem | kDirectory) & ~attributes) == 0)
-      entries.push_back({child->name, found});
+    if ((found & (kHidden | kSystem | kDirectory) & ~attributes) == 0) entries.push_back({child->name, found});
   }
   return entries;
 }
@@ -380,8 +372,7 @@ void MemoryFiles::remove_file(const std::string& path) {
   if ((node->attributes & kDirectory) != 0) raise(ErrorNumber::path_access, path);
   const auto item = nodes_.find(key(place.whole));
   const bool is_open = item->second.use_count() > 1;
-  if (windows_ && (is_open || (node->attributes & kReadOnly) != 0))
-    raise(ErrorNumber::permission_denied, path);
+  if (windows_ && (is_open || (node->attributes & kReadOnly) != 0)) raise(ErrorNumber::permission_denied, path);
   nodes_.erase(item);
 }
 
@@ -431,8 +422,7 @@ void MemoryFiles::add_file(const std::string& path, std::string_view bytes) {
 
 const MemoryNode& MemoryFiles::file(const std::string& path) const {
   const MemoryNode* node = existing(locate(path));
-  if (node == nullptr || (node->attributes & kDirectory) != 0)
-    throw std::logic_error("no such file: " + path);
+  if (node == nullptr || (node->attributes & kDirectory) != 0) throw std::logic_error("no such file: " + path);
   return *node;
 }
 
@@ -452,8 +442,7 @@ std::string MemoryFiles::fault_key(const std::string& path) const {
 }
 
 void MemoryClock::set(int year, int month, int day, int hour, int minute, int second) {
-  const std::chrono::year_month_day date{std::chrono::year(year),
-                                         std::chrono::month(static_cast<unsigned>(month)),
+  const std::chrono::year_month_day date{std::chrono::year(year), std::chrono::month(static_cast<unsigned>(month)),
                                          std::chrono::day(static_cast<unsigned>(day))};
   const std::chrono::sys_days days = date;
   const std::chrono::sys_days new_year = date.year() / std::chrono::January / 1;

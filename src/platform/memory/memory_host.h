@@ -110,8 +110,7 @@ class MemoryFiles final : public Files {
 
 class MemoryProgram final : public Program {
  public:
-  explicit MemoryProgram(PathStyle style)
-      : folder_(style == PathStyle::windows ? "C:\\tidewright" : "/tidewright") {}
+  explicit MemoryProgram(PathStyle style) : folder_(style == PathStyle::windows ? "C:\\tidewright" : "/tidewright") {}
   std::string folder() override { return folder_; }
   std::string name() override { return "tidewright"; }
 

@@ -37,8 +37,7 @@ constexpr std::array kErrnoMeanings{
 };
 
 /// Raises what `error` means for `path`; a missing `path` is the error `missing`.
-[[noreturn]] void raise_errno(int error, const std::string& path,
-                              ErrorNumber missing = ErrorNumber::file_not_found) {
+[[noreturn]] void raise_errno(int error, const std::string& path, ErrorNumber missing = ErrorNumber::file_not_found) {
   ErrorNumber number = error == ENOENT ? missing : ErrorNumber::device_io;
   for (const ErrnoMeaning& meaning : kErrnoMeanings) {
     if (meaning.error == error) number = meaning.number;
