@@ -13,9 +13,8 @@
 
 namespace tidewright {
 
-/// Items in the order of their adding, each under a key of its own. Keys compare without regard to letter
-/// case. Items are reached by key or by 1-based position, both in constant time; the memory of an index entry
-/// is four bytes.
+/// Items in the order of their adding, each under a key of its own. Keys compare without regard to letter case. Items
+/// are reached by key or by 1-based position, both in constant time; the memory of an index entry is four bytes.
 template <class T>
 class Collection {
  public:

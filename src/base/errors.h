@@ -1,5 +1,5 @@
-// The one kind of error of the program. It is thrown where it arises and caught at one boundary, the
-// outermost line given to Control, which shows it with file, line and statement.
+// The one kind of error of the program. It is thrown where it arises and caught at one boundary, the outermost line
+// given to Control, which shows it with file, line and statement.
 #pragma once
 
 #include <string>
@@ -38,8 +38,7 @@ struct RuntimeError {
 /// The usual name of an error, "Overflow".
 std::string_view error_name(ErrorNumber number);
 
-/// Throws the RuntimeError whose description is the error's name, followed by ": " and `detail` when there is
-/// one.
+/// Throws the RuntimeError whose description is the error's name, followed by ": " and `detail` when there is one.
 [[noreturn]] void raise(ErrorNumber number, std::string_view detail = {});
 
 }  // namespace tidewright

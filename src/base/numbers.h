@@ -7,16 +7,16 @@
 
 namespace tidewright {
 
-/// A text read as a number: its value, and how many characters (leading blanks included) belong to it, 0 when
-/// the text does not begin with a number.
+/// A text read as a number: its value, and how many characters (leading blanks included) belong to it, 0 when the text
+/// does not begin with a number.
 struct NumberPrefix {
   double value = 0;
   std::size_t length = 0;
 };
 
-/// The longest numeric prefix of `text` after leading blanks: decimal digits with sign, fraction and
-/// exponent, or "&h" (of either case) and hexadecimal digits. &h80000000 to &hFFFFFFFF are the negative
-/// numbers of the same 32 bits; more than 32 bits raise Overflow.
+/// The longest numeric prefix of `text` after leading blanks: decimal digits with sign, fraction and exponent, or "&h"
+/// (of either case) and hexadecimal digits. &h80000000 to &hFFFFFFFF are the negative numbers of the same 32 bits; more
+/// than 32 bits raise Overflow.
 NumberPrefix number_prefix(std::string_view text);
 
 /// The lenient reading: the value of the numeric prefix, 0 when there is none ("12ab" is 12, "ab" is 0).
@@ -33,8 +33,7 @@ std::int32_t to_long(double value);
 /// `counter` + `step`; raises Overflow outside the 16-bit range.
 std::int16_t checked_add(std::int16_t counter, int step);
 
-/// Upper-case hexadecimal digits of the 32 bits of `value`, without leading zeros: 10 is "A", -1 is
-/// "FFFFFFFF".
+/// Upper-case hexadecimal digits of the 32 bits of `value`, without leading zeros: 10 is "A", -1 is "FFFFFFFF".
 std::string hex(std::int32_t value);
 
 /// How many digits hex() gives: 1 to 8.

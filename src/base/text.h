@@ -1,5 +1,5 @@
-// Small text helpers that every room uses. Letter case is that of ASCII: bytes above 127 are never changed,
-// so texts of any single-byte code page, and UTF-8, pass through whole.
+// Small text helpers that every room uses. Letter case is that of ASCII: bytes above 127 are never changed, so texts of
+// any single-byte code page, and UTF-8, pass through whole.
 #pragma once
 
 #include <array>

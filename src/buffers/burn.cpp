@@ -1,5 +1,4 @@
-// FileBuffer's burning: labels get file positions, pointers their targets, and the chunks go into the target
-// file.
+// FileBuffer's burning: labels get file positions, pointers their targets, and the chunks go into the target file.
 #include <algorithm>
 #include <limits>
 

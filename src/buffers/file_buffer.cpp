@@ -97,8 +97,7 @@ void FileBuffer::add_Value(std::string_view values, std::string kinds) {
   add_Data(bytes, kinds);
 }
 
-// The pointers of a list that belongs to bytes appended to `buffer` behind `length` others, each with its
-// key.
+// The pointers of a list that belongs to bytes appended to `buffer` behind `length` others, each with its key.
 std::vector<FileBuffer::Registration> FileBuffer::registrations(std::string_view list, std::uint8_t buffer,
                                                                 std::size_t length) const {
   std::vector<Registration> found;

@@ -1,6 +1,5 @@
-// FileBuffer: the one store that compiled code goes into before it reaches the target file. It holds numbered
-// byte buffers, the labels in them, the pointers that wait for their targets, and the file positions of
-// labels.
+// FileBuffer: the one store that compiled code goes into before it reaches the target file. It holds numbered byte
+// buffers, the labels in them, the pointers that wait for their targets, and the file positions of labels.
 //
 // file_buffer.cpp fills and reads it, burn.cpp writes it into the target file.
 #pragma once
@@ -36,8 +35,7 @@ class FileBuffer {
   /// A registered pointer's Offset is buffer x kBufferSpan + position, so positions must stay below it.
   static constexpr std::int32_t kBufferSpan = 100000;
 
-  /// Messages and the target file go through `files`, pointer values through `bank`; both outlive the
-  /// buffers.
+  /// Messages and the target file go through `files`, pointer values through `bank`; both outlive the buffers.
   FileBuffer(FileHandle& files, const Bank& bank);
 
   /// The buffer that lines are written into when nothing else is said; "org" sets it.
@@ -54,9 +52,8 @@ class FileBuffer {
   void inbuffer(std::uint8_t buffer);
   std::uint8_t previous_buffer() const { return previous_buffer_; }
 
-  /// Makes the record under `key`, or at 1-based `position`, the current point and returns it: a label of set
-  /// 0 to 15, a pointer for 16 and above. What is not found leaves a fresh record. A negative set raises
-  /// SubscriptOutOfRange.
+  /// Makes the record under `key`, or at 1-based `position`, the current point and returns it: a label of set 0 to 15,
+  /// a pointer for 16 and above. What is not found leaves a fresh record. A negative set raises SubscriptOutOfRange.
   const fOffsett& get_Point(std::string_view key, int set);
   const fOffsett& get_Point(std::size_t position, int set);
 
@@ -69,28 +66,27 @@ class FileBuffer {
   /// The bytes of a slot; empty where it holds none.
   std::string_view bytes(int index) const;
 
-  /// Puts an object into a slot that is empty; index -1 takes, and becomes, the current buffer. A slot that
-  /// holds something else is told in a notice and stays.
+  /// Puts an object into a slot that is empty; index -1 takes, and becomes, the current buffer. A slot that holds
+  /// something else is told in a notice and stays.
   void add_Picture(Picture picture, std::int16_t& index);
 
   /// Compiles blank-separated values by a kind list and appends them through add_Data.
   void add_Value(std::string_view values, std::string kinds);
 
-  /// Appends `bytes` to the current buffer, registers the pointers of `pointers` (triples
-  /// value,position,kind) and, where the current point has a name, the label at their start. The current
-  /// point is fresh afterwards. Raises SubscriptOutOfRange for a buffer that is none, DuplicateKey, and
-  /// Overflow for a pointer at position 100000 and above; nothing is appended then.
+  /// Appends `bytes` to the current buffer, registers the pointers of `pointers` (triples value,position,kind) and,
+  /// where the current point has a name, the label at their start. The current point is fresh afterwards. Raises
+  /// SubscriptOutOfRange for a buffer that is none, DuplicateKey, and Overflow for a pointer at position 100000 and
+  /// above; nothing is appended then.
   void add_Data(std::string_view bytes, std::string_view pointers);
 
-  /// The name of a label that no byte followed yet, and what to do with it: make it mark the end of the
-  /// default buffer, or forget it.
+  /// The name of a label that no byte followed yet, and what to do with it: make it mark the end of the default buffer,
+  /// or forget it.
   bool label_waits() const { return !point_.name.empty(); }
   void place_waiting_label();
   void forget_waiting_label() { point_ = {}; }
 
-  /// The bytes from the label at 1-based `position` of a set to the next label or the buffer's end. That
-  /// label becomes the current point. Empty where anything of it is wrong; set 16 and above raise
-  /// SubscriptOutOfRange.
+  /// The bytes from the label at 1-based `position` of a set to the next label or the buffer's end. That label becomes
+  /// the current point. Empty where anything of it is wrong; set 16 and above raise SubscriptOutOfRange.
   std::string_view Get_Data(std::size_t position, int set);
 
   /// Gives `name` a file position, in place of an earlier one.
@@ -98,21 +94,20 @@ class FileBuffer {
   /// The file position of `name`, 0 when it has none.
   std::int32_t pushed(std::string_view name) const;
 
-  /// For each first item n of the pairs in `list` (comma-separated): where a pointer is registered n - 1
-  /// bytes behind the current point, every "$n" of `text` becomes that pointer's name.
+  /// For each first item n of the pairs in `list` (comma-separated): where a pointer is registered n - 1 bytes behind
+  /// the current point, every "$n" of `text` becomes that pointer's name.
   void PointerPeek(std::string& text, std::string_view list) const;
 
-  /// Registers a pointer, under its value text, for each pair (value, kind) of `list`. While autobank is on
-  /// its Offset is the value without the bank base, else 0. A value that is registered already is left alone.
+  /// Registers a pointer, under its value text, for each pair (value, kind) of `list`. While autobank is on its Offset
+  /// is the value without the bank base, else 0. A value that is registered already is left alone.
   void pointerpoke(std::string_view list);
 
-  /// Gives every label a file position, patches every pointer and writes every labelled chunk into the
-  /// current file. A step that fails is skipped and told; nothing is raised. The buffers stay, so a burn can
-  /// be repeated.
+  /// Gives every label a file position, patches every pointer and writes every labelled chunk into the current file. A
+  /// step that fails is skipped and told; nothing is raised. The buffers stay, so a burn can be repeated.
   void burnbuffer();
 
-  /// Patches the pointer at 1-based `index` of the pointer set in its buffer; the user is asked for a target
-  /// that nothing gives. Failures are told.
+  /// Patches the pointer at 1-based `index` of the pointer set in its buffer; the user is asked for a target that
+  /// nothing gives. Failures are told.
   void pointerpop(std::size_t index);
 
  private:

@@ -1,6 +1,5 @@
-// The command database: every command that the definition file declares. The definition directives fill it,
-// the encoder turns code lines into bytes with it. The directives boot and codeset put a fresh one in its
-// place.
+// The command database: every command that the definition file declares. The definition directives fill it, the encoder
+// turns code lines into bytes with it. The directives boot and codeset put a fresh one in its place.
 #pragma once
 
 #include <cstdint>
@@ -23,40 +22,36 @@ class CmdList {
   /// The record that the last item() found; an empty one after every encode().
   const tCmd& curcmd() const { return current_ == 0 ? none_ : record(current_); }
 
-  /// The record under construction. The definition directives write it, add() files it and leaves a fresh
-  /// one.
+  /// The record under construction. The definition directives write it, add() files it and leaves a fresh one.
   tCmd& newcmd() { return newcmd_; }
 
-  /// Files newcmd. An alias gets its parameter summary as Descriptions. A keyword or byte code that is taken
-  /// already is told ("Duplicate Entry: "); the record stays, reachable by what was free.
+  /// Files newcmd. An alias gets its parameter summary as Descriptions. A keyword or byte code that is taken already is
+  /// told ("Duplicate Entry: "); the record stays, reachable by what was free.
   void add();
 
-  /// The template of the record under `key`: a keyword, or else a byte code in upper-case hexadecimal (for an
-  /// alias, its first description). curcmd becomes that record. Raises InvalidCall for a key that is not
-  /// there.
+  /// The template of the record under `key`: a keyword, or else a byte code in upper-case hexadecimal (for an alias,
+  /// its first description). curcmd becomes that record. Raises InvalidCall for a key that is not there.
   std::string item(std::string_view key, bool by_keyword);
 
   /// The number of records.
   std::int32_t count() const { return static_cast<std::int32_t>(commands_.size()); }
 
-  /// Takes out the record under the byte code `key`. Positions in the indexes are left as they are, so
-  /// look-ups of later records land one off. Raises InvalidCall for a key that is not there.
+  /// Takes out the record under the byte code `key`. Positions in the indexes are left as they are, so look-ups of
+  /// later records land one off. Raises InvalidCall for a key that is not there.
   void Remove(std::string_view key);
 
   /// All records in filing order.
   const std::vector<tCmd>& NewEnum() const { return commands_; }
 
   /// Turns the code line `code` into bytes, in place, and fills `extra` with its pointer list (see
-  /// SmartNum::kaCodevals). Returns the value list; an empty one, with a message, for a line that is no
-  /// command
-  /// ("Invalid Command : ") or whose values do not fit it ("Invald Command :"): `code` is as it was then, and
-  /// `extra` says why.
+  /// SmartNum::kaCodevals). Returns the value list; an empty one, with a message, for a line that is no command
+  /// ("Invalid Command : ") or whose values do not fit it ("Invald Command :"): `code` is as it was then, and `extra`
+  /// says why.
   std::string encode(std::string& code, std::string& extra, std::int16_t lineno);
 
-  /// Resolves the specification `spec` of a parameter, "mask(..)", "select(..)", "bind(..)name" or a plain
-  /// text, for the script value `value`, which is rewritten. `spec` becomes the word before the bracket.
-  /// Returns the position of the command that a bind binds to, 0 for none. Raises InvalidCall for a bind to a
-  /// name that is not there.
+  /// Resolves the specification `spec` of a parameter, "mask(..)", "select(..)", "bind(..)name" or a plain text, for
+  /// the script value `value`, which is rewritten. `spec` becomes the word before the bracket. Returns the position of
+  /// the command that a bind binds to, 0 for none. Raises InvalidCall for a bind to a name that is not there.
   std::int16_t resolveparm(std::string& spec, std::string& value) const;
 
  private:

@@ -178,8 +178,7 @@ void Encoder::add_named_byte(const std::string& description) {
   add(cat({code}), kByte);
 }
 
-// Adds a value of the script, or a constant of the database: what is no number is refused, what is lost of
-// one is told.
+// Adds a value of the script, or a constant of the database: what is no number is refused, what is lost of one is told.
 void Encoder::add_number(std::string_view value, int kind) {
   if (kind == kRawHex) return add(value, kind);
   const NumberPrefix number = number_prefix(value);

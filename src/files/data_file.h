@@ -1,5 +1,4 @@
-// One open file of FileHandle: a platform file with a buffer before it, and the text lines and fields read
-// from it.
+// One open file of FileHandle: a platform file with a buffer before it, and the text lines and fields read from it.
 #pragma once
 
 #include <cstdint>
@@ -11,11 +10,10 @@
 
 namespace tidewright {
 
-/// Buffered access to a platform file: runs of bytes read or written one after another reach the platform in
-/// large pieces. Positions are bytes from the start, 0-based. Everything here raises what the platform
-/// raises. Bytes written reach it with flush(), close(), a seek elsewhere or a full buffer; those not yet
-/// there are lost when one of these fails, so that nothing is ever written twice, and the position is then behind
-/// the last byte that arrived.
+/// Buffered access to a platform file: runs of bytes read or written one after another reach the platform in large
+/// pieces. Positions are bytes from the start, 0-based. Everything here raises what the platform raises. Bytes written
+/// reach it with flush(), close(), a seek elsewhere or a full buffer; those not yet there are lost when one of these
+/// fails, so that nothing is ever written twice, and the position is then behind the last byte that arrived.
 class DataFile {
  public:
   DataFile(std::unique_ptr<File> file, std::string name, bool readable, bool writable);
@@ -26,8 +24,7 @@ class DataFile {
   /// Physical text lines read so far: the number of the line last read, 1-based.
   std::int32_t lines_read() const { return lines_read_; }
 
-  /// Reads a text line without its end (CR LF, LF or CR; the last line needs none) into `line`. Raises
-  /// InputPastEnd.
+  /// Reads a text line without its end (CR LF, LF or CR; the last line needs none) into `line`. Raises InputPastEnd.
   void read_line(std::string& line);
 
   /// Reads `size` bytes; those beyond the end of the file read as zero.

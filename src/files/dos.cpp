@@ -26,8 +26,7 @@ std::string FileHandle::dir(std::string& argument) {
   if (argument.empty()) argument = joined(host_.files, here, "*.*");
   std::string report = cat({">>", here, kLineEnd});
   for (const Entry& entry : host_.files.list(actual_path(host_.files, argument), kEveryAttribute)) {
-    // The short form is that of the bare name, so it is the current folder's, not the listed one's. Kept as
-    // it is.
+    // The short form is that of the bare name, so it is the current folder's, not the listed one's. Kept as it is.
     report += cat({entry.name, "\t", shortenname(entry.name)});
     report += '\0';
   }
@@ -46,8 +45,7 @@ std::string FileHandle::delete_files(const std::string& argument) {
   const std::string pattern = joined(host_.files, host_.files.current_folder(), argument);
   for (const Entry& entry : host_.files.list(actual_path(host_.files, pattern), kReadOnly)) {
     report += cat({"Deleted ", entry.name, kLineEnd});
-    // By its bare name, so a pattern that names a subfolder deletes the current folder's files. Kept as it
-    // is.
+    // By its bare name, so a pattern that names a subfolder deletes the current folder's files. Kept as it is.
     host_.files.remove_file(entry.name);
   }
   return report;
@@ -61,8 +59,7 @@ std::string FileHandle::remove_folder(const std::string& argument) {
 
 std::string FileHandle::make_folder(const std::string& argument) {
   const std::string folder = actual_path(host_.files, joined(host_.files, host_.files.current_folder(), argument));
-  // Wanted in exactly this sense: a folder is made only where something of its name is there, which then
-  // fails.
+  // Wanted in exactly this sense: a folder is made only where something of its name is there, which then fails.
   if (!host_.files.list(folder, kEveryAttribute).empty()) host_.files.make_folder(folder);
   return "";
 }

@@ -73,8 +73,8 @@ double number_of(const FieldValue& value) {
   return std::get<double>(value);
 }
 
-// One field of free-format input: blanks before it do not count; it ends at a comma or a line end, which is
-// taken along; in double quotes it may hold both.
+// One field of free-format input: blanks before it do not count; it ends at a comma or a line end, which is taken
+// along; in double quotes it may hold both.
 FieldValue read_value(DataFile& file) {
   while (file.peek() == ' ' || file.peek() == '\t') file.get();
   std::string text;
@@ -153,8 +153,7 @@ void FileHandle::refuse_open_twice(const std::string& path, bool writing) const 
   }
 }
 
-// Whether the file exists, as OpenFile wants to know it: a file to be written that the user agrees to delete
-// does not.
+// Whether the file exists, as OpenFile wants to know it: a file to be written that the user agrees to delete does not.
 bool FileHandle::exist(std::string& name, bool writing, bool confirm) {
   bool found = look_up(name);
   if (!found && !is_absolute(name)) {
@@ -189,8 +188,8 @@ void FileHandle::closefile() {
   --level_;
   if (file) file->close();
   echo("|");
-  // The line counter above the closed level is reported, not the closed level's own. Kept: logs are compared
-  // across versions. Level 16 has no counter above it.
+  // The line counter above the closed level is reported, not the closed level's own. Kept: logs are compared across
+  // versions. Level 16 has no counter above it.
   if (above > kLastFile) raise(ErrorNumber::subscript_out_of_range, "files are nested too deep");
   echo({"\\- Processed ", line_counters_[above], " Lines"});
   echo(" ");

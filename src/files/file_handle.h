@@ -1,8 +1,7 @@
-// FileHandle: the session's door to the console, the session log, the user and every file. One for the whole
-// run.
+// FileHandle: the session's door to the console, the session log, the user and every file. One for the whole run.
 //
-// Its operations stand in four files: echo.cpp (messages, log, boxes), file_handle.cpp (typed access to
-// nested files), paths.cpp (names and the current file), dos.cpp (the console's file-system commands).
+// Its operations stand in four files: echo.cpp (messages, log, boxes), file_handle.cpp (typed access to nested files),
+// paths.cpp (names and the current file), dos.cpp (the console's file-system commands).
 #pragma once
 
 #include <array>
@@ -42,9 +41,9 @@ class FileHandle {
   void attach(Instant& console) { console_ = &console; }
   Instant* console() { return console_; }
 
-  /// Shows a line on the console, while it is visible, and writes it to the log: behind one "|" for each open
-  /// data file, and behind `indent` blanks and "- " when `indent` is above 0. `underline` adds a line of "-",
-  /// one shorter than the text. An empty text is nothing at all. Never raises.
+  /// Shows a line on the console, while it is visible, and writes it to the log: behind one "|" for each open data
+  /// file, and behind `indent` blanks and "- " when `indent` is above 0. `underline` adds a line of "-", one shorter
+  /// than the text. An empty text is nothing at all. Never raises.
   void echo(std::string_view text, bool underline = false, int indent = 0);
 
   /// The same for a line in pieces, which must not all be empty.
@@ -71,17 +70,17 @@ class FileHandle {
 
   // ---- file_handle.cpp: typed access ----
 
-  /// Opens a file as the new current one. `mode`: "input" and "output" are text files read and written line
-  /// by line, "read" and "write" are binary files read and written in place; letter case does not count, and
-  /// an "old:" before it is taken off. An existing file is opened for "output" or "write" only when the user,
-  /// asked because `confirm` is set, agreed to its deletion. An empty `name` asks for a file; `name` is
-  /// replaced by the name found or chosen. Returns the name, an empty text when nothing was opened, "False"
-  /// for an unknown mode (the level is raised all the same). Raises SubscriptOutOfRange for a 17th level,
-  /// FileAlreadyOpen, and what opening raises; the level stays then.
+  /// Opens a file as the new current one. `mode`: "input" and "output" are text files read and written line by line,
+  /// "read" and "write" are binary files read and written in place; letter case does not count, and an "old:" before it
+  /// is taken off. An existing file is opened for "output" or "write" only when the user, asked because `confirm` is
+  /// set, agreed to its deletion. An empty `name` asks for a file; `name` is replaced by the name found or chosen.
+  /// Returns the name, an empty text when nothing was opened, "False" for an unknown mode (the level is raised all the
+  /// same). Raises SubscriptOutOfRange for a 17th level, FileAlreadyOpen, and what opening raises; the level stays
+  /// then.
   std::string OpenFile(std::string& name, std::string& mode, bool confirm = false);
 
-  /// Closes the current data file and reports it; nothing happens when there is none. Raises
-  /// SubscriptOutOfRange after closing level 16, whose report would want a 17th counter.
+  /// Closes the current data file and reports it; nothing happens when there is none. Raises SubscriptOutOfRange after
+  /// closing level 16, whose report would want a 17th counter.
   void closefile();
 
   /// Closes all data files without a report and without raising.
@@ -94,29 +93,27 @@ class FileHandle {
   std::int16_t lineno() const { return line_counters_[static_cast<std::size_t>(level_)]; }
   void lineno(std::int16_t value) { line_counters_[static_cast<std::size_t>(level_)] = value; }
 
-  /// "main.psc:12" for the line last read from the current file, with the files that include it; empty when
-  /// none is open.
+  /// "main.psc:12" for the line last read from the current file, with the files that include it; empty when none is
+  /// open.
   std::string location() const;
 
-  /// Reads a field of the current file: "line"; "value" (free format, up to a comma or line end);
-  /// "byte"/"char" (1 byte), "int"/"integer"/"word" (2, signed), "long"/"double" (4, signed), all
-  /// little-endian; "string" (2-byte tag, 2-byte length, bytes); "block:N" (N bytes, 1000 when N is missing
-  /// or 0); "megablock" and any other word read nothing. Counts in lineno. Bytes beyond the end read as zero;
-  /// a "line" there raises InputPastEnd.
+  /// Reads a field of the current file: "line"; "value" (free format, up to a comma or line end); "byte"/"char" (1
+  /// byte), "int"/"integer"/"word" (2, signed), "long"/"double" (4, signed), all little-endian; "string" (2-byte tag,
+  /// 2-byte length, bytes); "block:N" (N bytes, 1000 when N is missing or 0); "megablock" and any other word read
+  /// nothing. Counts in lineno. Bytes beyond the end read as zero; a "line" there raises InputPastEnd.
   FieldValue getdata(std::string_view type);
 
   /// getdata("line") into a text that the caller uses again.
   void getline(std::string& line);
 
-  /// Writes a field in the form getdata reads. Raises Overflow for a number outside its width, a "string"
-  /// above 32767 bytes and a "block" above 32767 bytes. "value", "megablock" and unknown words write nothing.
+  /// Writes a field in the form getdata reads. Raises Overflow for a number outside its width, a "string" above 32767
+  /// bytes and a "block" above 32767 bytes. "value", "megablock" and unknown words write nothing.
   void putdata(std::string_view type, const FieldValue& value);
 
   /// putdata("block", bytes).
   void putblock(std::string_view bytes);
 
-  /// Moves to the 0-based byte `offset`. A negative one is echoed and moves nothing. Raises Overflow for
-  /// 2147483647.
+  /// Moves to the 0-based byte `offset`. A negative one is echoed and moves nothing. Raises Overflow for 2147483647.
   void SeekData(std::int32_t offset);
   std::int32_t fPos();
   std::int32_t fLen();
@@ -124,26 +121,25 @@ class FileHandle {
 
   /// Whether the current file may be written.
   bool can_write() { return current().writable(); }
-  /// Bytes written to the current file that the platform has not been given yet; 0 while only the log is
-  /// open.
+  /// Bytes written to the current file that the platform has not been given yet; 0 while only the log is open.
   std::size_t unflushed() { return level_ > kLogFile ? current().unflushed() : 0; }
   /// Gives them to the platform. Raises what writing raises; they are lost then.
   void flush_data() { current().flush(); }
 
   // ---- paths.cpp: names and the current file ----
 
-  /// The current file by parts: "fullpath"/"fullname", "filename"/"file"/"name" (without folder and
-  /// extension), "path"/"dir"/"directory" (the current folder), "ext"/"extension" (without dot). Writing a
-  /// full path also makes its folder the current one; writing a path changes the current folder.
+  /// The current file by parts: "fullpath"/"fullname", "filename"/"file"/"name" (without folder and extension),
+  /// "path"/"dir"/"directory" (the current folder), "ext"/"extension" (without dot). Writing a full path also makes its
+  /// folder the current one; writing a path changes the current folder.
   std::string filename(std::string_view part) const;
   void filename(std::string_view part, const std::string& text);
 
-  /// Rewrites each quoted text of a directive as a short form without blanks of the file it names. One that
-  /// names nothing is dropped, and told. Returns whether any was dropped.
+  /// Rewrites each quoted text of a directive as a short form without blanks of the file it names. One that names
+  /// nothing is dropped, and told. Returns whether any was dropped.
   bool ShrinkName(std::string& text);
 
-  /// The short form of an existing name, lower-cased: the platform's own, or the blank-free one; empty when
-  /// it names nothing.
+  /// The short form of an existing name, lower-cased: the platform's own, or the blank-free one; empty when it names
+  /// nothing.
   std::string shortenname(const std::string& name);
 
   /// Asks the user for a file to open or save, as `mode` suggests; empty when cancelled.
@@ -151,9 +147,9 @@ class FileHandle {
 
   // ---- dos.cpp ----
 
-  /// The file-system commands "dir", "cd"/"chdir", "delete", "rmdir", "mkdir" and "shell" (letter case does
-  /// not count). Returns the report; "Invalid path or filename" when one fails. "dir" puts the pattern it
-  /// used into an empty `argument` and separates its entries by NUL characters.
+  /// The file-system commands "dir", "cd"/"chdir", "delete", "rmdir", "mkdir" and "shell" (letter case does not count).
+  /// Returns the report; "Invalid path or filename" when one fails. "dir" puts the pattern it used into an empty
+  /// `argument` and separates its entries by NUL characters.
   std::string Dos(std::string_view command, std::string& argument);
 
  private:

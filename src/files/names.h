@@ -1,6 +1,6 @@
-// File names as directives write them, and the names that the platform knows. A name that a script gives has
-// been cut at blanks, partly lower-cased and rewritten ("#" and "0x" became "&h"); here it is turned back
-// into the name of a file.
+// File names as directives write them, and the names that the platform knows. A name that a script gives has been cut
+// at blanks, partly lower-cased and rewritten ("#" and "0x" became "&h"); here it is turned back into the name of a
+// file.
 #pragma once
 
 #include <string>
@@ -19,8 +19,8 @@ bool is_absolute(std::string_view path);
 /// `folder` and `name` with the host's separator between them, which is not doubled.
 std::string joined(Files& files, std::string_view folder, std::string_view name);
 
-/// A form of `name` that survives the cut at blanks and the rewriting of "#" and "0x": each character that
-/// would not is written "%" and two hexadecimal digits, and so is a "%" that could be taken for one.
+/// A form of `name` that survives the cut at blanks and the rewriting of "#" and "0x": each character that would not is
+/// written "%" and two hexadecimal digits, and so is a "%" that could be taken for one.
 std::string blank_free(std::string_view name);
 
 /// The same with every character written so: a form that is the literal name of no other file.
@@ -29,10 +29,9 @@ std::string all_escaped(std::string_view name);
 /// `name` with every "%" and two hexadecimal digits turned back into its character.
 std::string with_blanks(std::string_view name);
 
-/// The path as the platform knows it: as it is typed when that exists; else each part that is not there is
-/// looked for with the other separator, without regard to letter case, and in its blank-free and rewritten
-/// forms. Parts that match nothing are taken with_blanks(), as the name of something to be made. Wildcards in
-/// the last part are left alone.
+/// The path as the platform knows it: as it is typed when that exists; else each part that is not there is looked for
+/// with the other separator, without regard to letter case, and in its blank-free and rewritten forms. Parts that match
+/// nothing are taken with_blanks(), as the name of something to be made. Wildcards in the last part are left alone.
 std::string actual_path(Files& files, const std::string& path);
 
 }  // namespace tidewright

@@ -112,8 +112,7 @@ bool FileHandle::ShrinkName(std::string& text) {
     if (!exact && !quoted.empty()) matches = host_.files.list(path, kReadOnly);
     std::string short_name;
     if (exact || !matches.empty()) {
-      // Only the bare name is put in, so a quoted path works while its folder is the current one. Kept as it
-      // is.
+      // Only the bare name is put in, so a quoted path works while its folder is the current one. Kept as it is.
       const std::string& name = exact ? exact->name : matches.front().name;
       short_name = short_form(exact ? path : name, name);
       const std::size_t separator = last_separator(short_name);

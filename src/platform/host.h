@@ -1,10 +1,8 @@
-// The machine as the program sees it. Everything that the program wants of the platform goes through these
-// interfaces; posix/ implements them for a real machine, memory/ for tests. Nothing outside platform/ knows
-// which one it has.
+// The machine as the program sees it. Everything that the program wants of the platform goes through these interfaces;
+// posix/ implements them for a real machine, memory/ for tests. Nothing outside platform/ knows which one it has.
 //
-// Paths are texts in the platform's own form. Any operation here raises a RuntimeError when the platform
-// refuses: 53 file not found, 57 device I/O, 61 disk full, 68 no such drive, 70 permission denied, 75/76 path
-// errors.
+// Paths are texts in the platform's own form. Any operation here raises a RuntimeError when the platform refuses: 53
+// file not found, 57 device I/O, 61 disk full, 68 no such drive, 70 permission denied, 75/76 path errors.
 #pragma once
 
 #include <cstddef>
@@ -31,8 +29,7 @@ class File {
 
   /// Reads up to `size` bytes at the position and moves it; 0 at the end of the file.
   virtual std::size_t read(char* data, std::size_t size) = 0;
-  /// Writes at the position and moves it. May write less than it was given (never 0 bytes of a non-empty
-  /// text).
+  /// Writes at the position and moves it. May write less than it was given (never 0 bytes of a non-empty text).
   virtual std::size_t write(std::string_view data) = 0;
   virtual void seek(std::int64_t position) = 0;
   virtual std::int64_t length() = 0;
@@ -77,9 +74,8 @@ class Files {
   /// What exactly this path names, without wildcards; nothing when there is no such file or folder.
   virtual std::optional<Entry> find(const std::string& path) = 0;
   /// The entries, sorted by name, that match the last part of `pattern` ("*" and "?" are wildcards, "*.*" is
-  /// everything, letter case does not count). Hidden, system and folder entries only when `attributes` names
-  /// them.
-  /// "." and ".." are left out. A folder that is not there has no entries.
+  /// everything, letter case does not count). Hidden, system and folder entries only when `attributes` names them. "."
+  /// and ".." are left out. A folder that is not there has no entries.
   virtual std::vector<Entry> list(const std::string& pattern, int attributes) = 0;
 
   virtual void make_folder(const std::string& folder) = 0;

@@ -1,5 +1,5 @@
-// The machine that the program really runs on. Which one that is, the build decides: each platform's folder
-// implements this once.
+// The machine that the program really runs on. Which one that is, the build decides: each platform's folder implements
+// this once.
 #pragma once
 
 #include <memory>

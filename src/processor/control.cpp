@@ -204,8 +204,8 @@ void Control::advance_lineno() {
   files.lineno(checked_add(files.lineno(), 1));
 }
 
-// Feeds the lines of the current file to KaCode, and those of every file that they open. Started anew inside
-// a running file it returns to that file; otherwise it ends with the last open file.
+// Feeds the lines of the current file to KaCode, and those of every file that they open. Started anew inside a running
+// file it returns to that file; otherwise it ends with the last open file.
 void Control::run_files() {
   FileHandle& files = shared_.file_handle;
   const bool nested = running_;

@@ -1,9 +1,8 @@
-// Control: the command processor. Every line, whatever its source, enters through `pending` and is run at
-// once.
+// Control: the command processor. Every line, whatever its source, enters through `pending` and is run at once.
 //
-// control.cpp takes lines in and compiles code lines; directives.cpp finds directives in their table and
-// carries out the settings and the small ones; definitions.cpp loads command databases; data_lines.cpp writes
-// labels, inline and raw data; runs.cpp is about whole files.
+// control.cpp takes lines in and compiles code lines; directives.cpp finds directives in their table and carries out
+// the settings and the small ones; definitions.cpp loads command databases; data_lines.cpp writes labels, inline and
+// raw data; runs.cpp is about whole files.
 #pragma once
 
 #include <cstdint>
@@ -26,9 +25,8 @@ class Control {
   /// `shared` holds the objects that lines work on, this one among them. Switches autobank on.
   explicit Control(Shared& shared);
 
-  /// Runs one line: statements separated by ";". An error that nothing else catches ends here, when this is
-  /// the outermost write: it is shown with file, line and statement, every data file is closed, and the
-  /// session goes on.
+  /// Runs one line: statements separated by ";". An error that nothing else catches ends here, when this is the
+  /// outermost write: it is shown with file, line and statement, every data file is closed, and the session goes on.
   void pending(std::string line);
 
   /// A text kept for later; nothing ever stores one.

@@ -1,5 +1,4 @@
-// The directives of a definition file: commands, aliases, text entries, defines, and the loading of such a
-// file.
+// The directives of a definition file: commands, aliases, text entries, defines, and the loading of such a file.
 #include "base/errors.h"
 #include "base/numbers.h"
 #include "base/text.h"

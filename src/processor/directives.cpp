@@ -1,5 +1,4 @@
-// The directive table, how a directive finds its row, and the directives that set something or do one small
-// thing.
+// The directive table, how a directive finds its row, and the directives that set something or do one small thing.
 #include <algorithm>
 #include <iterator>
 
@@ -11,8 +10,8 @@
 namespace tidewright {
 namespace {
 
-// A report of Dos in lines: at line ends, and at the NUL characters between the entries of a listing, whose
-// short names are shown where they differ.
+// A report of Dos in lines: at line ends, and at the NUL characters between the entries of a listing, whose short names
+// are shown where they differ.
 void echo_report(FileHandle& files, std::string_view report) {
   while (!report.empty()) {
     const std::size_t end = std::min(report.find('\0'), report.find(kLineEnd));

@@ -6,8 +6,7 @@
 
 namespace tidewright {
 
-// Inside a running file this only opens the file: the runner reads it next, and then goes on with the outer
-// one.
+// Inside a running file this only opens the file: the runner reads it next, and then goes on with the outer one.
 void Control::include(Directive& directive, std::string_view /*detail*/) {
   std::string name = directive.argument(1);
   std::string mode = "Input";

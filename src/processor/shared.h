@@ -1,5 +1,5 @@
-// The program-wide objects, one of each, in the order of their making. The directives boot and codeset put
-// fresh contents in the place of the database objects; the objects themselves live as long as the program.
+// The program-wide objects, one of each, in the order of their making. The directives boot and codeset put fresh
+// contents in the place of the database objects; the objects themselves live as long as the program.
 #pragma once
 
 #include <string>

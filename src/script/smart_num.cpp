@@ -37,8 +37,8 @@ void push_digits(std::string_view digits, std::size_t count, std::string& bytes)
   }
 }
 
-// The same for a number of `count` digits that has other many: zeros are put before too few. Of too many the
-// leading ones are kept, so 300 as a byte is &h12: compiled data depends on it.
+// The same for a number of `count` digits that has other many: zeros are put before too few. Of too many the leading
+// ones are kept, so 300 as a byte is &h12: compiled data depends on it.
 void push_padded(std::string_view digits, std::size_t count, std::string& bytes) {
   if (digits.size() >= count) return push_digits(digits, count, bytes);
   std::string padded(count - digits.size(), '0');

@@ -1,5 +1,5 @@
-// Turns the values of a script line into the bytes that compiled code holds, and bytes back into value text.
-// The encoder, the buffers, data lines and burning use it.
+// Turns the values of a script line into the bytes that compiled code holds, and bytes back into value text. The
+// encoder, the buffers, data lines and burning use it.
 #pragma once
 
 #include <cstdint>
@@ -20,8 +20,7 @@ struct Bank {
   bool autobank = true;
 };
 
-/// The kinds that a value can have. Kind lists carry these numbers in decimal; numberpush and STrans take
-/// them negated.
+/// The kinds that a value can have. Kind lists carry these numbers in decimal; numberpush and STrans take them negated.
 enum Kind : int {
   kByte = 0,
   kWord = 1,
@@ -51,38 +50,37 @@ class SmartNum {
  public:
   explicit SmartNum(const Bank& bank) : bank_(&bank) {}
 
-  /// The bytes of all `values` (blank-separated), each as the entry of `kinds` (comma-separated) beside it
-  /// says. `kinds` is replaced by the pointer list: triples "value,position,kind" joined by commas, positions
-  /// 0-based in the result, where each pointer holds "!PTR". Raises TypeMismatch and Overflow for values that
-  /// are no numbers.
+  /// The bytes of all `values` (blank-separated), each as the entry of `kinds` (comma-separated) beside it says.
+  /// `kinds` is replaced by the pointer list: triples "value,position,kind" joined by commas, positions 0-based in the
+  /// result, where each pointer holds "!PTR". Raises TypeMismatch and Overflow for values that are no numbers.
   std::string kaCodevals(std::string_view values, std::string& kinds) const;
 
-  /// The same for values that are cut and normalised already: their bytes are appended to `output`, their
-  /// pointers to `pointers`.
+  /// The same for values that are cut and normalised already: their bytes are appended to `output`, their pointers to
+  /// `pointers`.
   void code_value(const TypedValue& typed, std::string& output, std::string& pointers) const;
 
-  /// The values read back from `bytes`, separated by single blanks. The position advances by one byte per
-  /// kind, whatever the width: callers that read several values pass them one at a time.
+  /// The values read back from `bytes`, separated by single blanks. The position advances by one byte per kind,
+  /// whatever the width: callers that read several values pass them one at a time.
   std::string kaRipvals(std::string_view bytes, std::string_view kinds) const;
 
   /// As is_value(), but a text that begins with a capital "&H" is none.
   static bool isvalue(std::string_view text, bool allow_dollar);
 
-  /// The bytes of one value. A kind of 0 or below gives the width; of a value with too many digits the
-  /// leading ones are kept (300 as a byte is &h12). A kind above 0 takes the value as hexadecimal digits of
-  /// any length. Raises TypeMismatch for a digit that is none, Overflow beyond 32 bits.
+  /// The bytes of one value. A kind of 0 or below gives the width; of a value with too many digits the leading ones are
+  /// kept (300 as a byte is &h12). A kind above 0 takes the value as hexadecimal digits of any length. Raises
+  /// TypeMismatch for a digit that is none, Overflow beyond 32 bits.
   std::string numberpush(std::string_view value, int kind) const;
 
   /// "&h" and two upper-case digits for each byte, the last byte first. `kind` does not count.
   static std::string numberpull(std::string_view bytes, int kind);
 
-  /// A pointer's 32-bit value: the bank base is added to a value above 0 and below it while autobank is on.
-  /// Raises Overflow.
+  /// A pointer's 32-bit value: the bank base is added to a value above 0 and below it while autobank is on. Raises
+  /// Overflow.
   std::int32_t CPtr(std::string_view value) const;
   std::int32_t CPtr(double value) const;
 
-  /// Mode 0: the label that a decoder prints before a value of this (negated) kind, nothing for an unknown
-  /// one. Any other mode: its width, in hexadecimal digits for mode 1, else in bytes. Raises Overflow.
+  /// Mode 0: the label that a decoder prints before a value of this (negated) kind, nothing for an unknown one. Any
+  /// other mode: its width, in hexadecimal digits for mode 1, else in bytes. Raises Overflow.
   using Translation = std::variant<std::monostate, std::string_view, std::int16_t>;
   static Translation STrans(int kind, int mode);
 

@@ -10,8 +10,8 @@
 namespace tidewright {
 namespace {
 
-// A line's first character is its marker up to and including this code. It takes in the digits and the
-// capital "A": a line that begins with one of them loses that character.
+// A line's first character is its marker up to and including this code. It takes in the digits and the capital "A": a
+// line that begins with one of them loses that character.
 constexpr unsigned char kLastMarker = 65;
 
 bool is_slot(int index) {

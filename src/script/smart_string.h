@@ -9,8 +9,8 @@
 
 namespace tidewright {
 
-/// The lexical state of one line: its marker, its comment and at most sixteen tokens. Positions are 1-based,
-/// token slots 0-based. Comparisons are exact: "&h" is a mark, "&H" is not.
+/// The lexical state of one line: its marker, its comment and at most sixteen tokens. Positions are 1-based, token
+/// slots 0-based. Comparisons are exact: "&h" is a mark, "&H" is not.
 class SmartString {
  public:
   static constexpr int kSlots = 16;
@@ -18,18 +18,17 @@ class SmartString {
   /// Folds tabs and runs of spaces in `line` to single spaces and trims both ends. Line ends are kept.
   static void KaScrub(std::string& line);
 
-  /// Cuts `line` into marker (vDirective), comment (vComment) and code (values(0)), and rewrites `line`:
-  /// scrubbed, without its marker, empty when all of it is comment. A blank line changes nothing else.
+  /// Cuts `line` into marker (vDirective), comment (vComment) and code (values(0)), and rewrites `line`: scrubbed,
+  /// without its marker, empty when all of it is comment. A blank line changes nothing else.
   void kaTrim(std::string& line);
 
-  /// Splits `text` into the slots. The sixteenth takes the whole rest, delimiters included. All tokens are
-  /// normalised
+  /// Splits `text` into the slots. The sixteenth takes the whole rest, delimiters included. All tokens are normalised
   /// ("0x" and "#" to "&h"), all but the last lower-cased when longer than one character.
   void kaSplit(std::string_view text, char delimiter);
 
-  /// Field `index` (0-based) of a delimited text, as it stands. The text's last character never belongs to a
-  /// result, and an index beyond the last delimiter begins anew from the front of the text. Sets count() to
-  /// 0. Raises InvalidCall where the field's end lies before its start.
+  /// Field `index` (0-based) of a delimited text, as it stands. The text's last character never belongs to a result,
+  /// and an index beyond the last delimiter begins anew from the front of the text. Sets count() to 0. Raises
+  /// InvalidCall where the field's end lies before its start.
   std::string kasubparm(std::string_view text, std::string_view delimiter, int index);
 
   /// Builds vStandard from the current tokens: values become "$1", "$2", ...
@@ -41,16 +40,15 @@ class SmartString {
   /// Appends values(from) to values(to) to `text`, without a separator. Raises SubscriptOutOfRange.
   void concat(std::string& text, int from, int to) const;
 
-  /// Index of the last token, as decimal text; the written text must be a 16-bit number (TypeMismatch,
-  /// Overflow).
+  /// Index of the last token, as decimal text; the written text must be a 16-bit number (TypeMismatch, Overflow).
   std::string count() const;
   void count(std::string_view text);
   bool docount(int n) const { return count_ == n; }
   /// The same index as a number.
   int last() const { return count_; }
 
-  /// Token `index` (0 to 15) of the last split. Slots above count() keep what an earlier, longer split left
-  /// there. Raises SubscriptOutOfRange.
+  /// Token `index` (0 to 15) of the last split. Slots above count() keep what an earlier, longer split left there.
+  /// Raises SubscriptOutOfRange.
   const std::string& values(int index) const;
   void values(int index, std::string token);
 

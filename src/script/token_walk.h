@@ -1,5 +1,5 @@
-// The rules by which texts are cut at a delimiter, for any number of tokens. SmartString keeps the first
-// sixteen in slots; whoever needs all of them (value lists, pointer lists, data lines) walks.
+// The rules by which texts are cut at a delimiter, for any number of tokens. SmartString keeps the first sixteen in
+// slots; whoever needs all of them (value lists, pointer lists, data lines) walks.
 #pragma once
 
 #include <span>
@@ -15,9 +15,9 @@ void scrub(std::string& line);
 /// Rewrites "0x" and "#" anywhere in `token` to "&h" and trims spaces at both ends.
 void normalize(std::string& token);
 
-/// Hands out the tokens of a text one by one. The text is scrubbed first; every token is normalised, and
-/// every one of two or more characters but the last is lower-cased. A text without a delimiter, also an empty
-/// one, is one token. The text must outlive the walk.
+/// Hands out the tokens of a text one by one. The text is scrubbed first; every token is normalised, and every one of
+/// two or more characters but the last is lower-cased. A text without a delimiter, also an empty one, is one token. The
+/// text must outlive the walk.
 class TokenWalk {
  public:
   TokenWalk(std::string_view text, char delimiter);
@@ -42,8 +42,8 @@ class TokenWalk {
 /// All tokens of `text`, put into `tokens` in place of what it held.
 void split(std::string_view text, char delimiter, std::vector<std::string>& tokens);
 
-/// Whether `token` is a value: it begins with "&h" (lower-case h), or with "$" where `allow_dollar`, or its
-/// numeric reading is above zero, or it is exactly "0". So "-5" and "00" are no values, "12ab" is one.
+/// Whether `token` is a value: it begins with "&h" (lower-case h), or with "$" where `allow_dollar`, or its numeric
+/// reading is above zero, or it is exactly "0". So "-5" and "00" are no values, "12ab" is one.
 bool is_value(std::string_view token, bool allow_dollar);
 
 /// The tokens joined by single spaces, every value replaced by "$" and its running number from 1.

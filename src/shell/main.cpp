@@ -23,8 +23,8 @@ constexpr int kWrongUsage = 2;
 constexpr std::string_view kBanner =
     "WELCOME TO TIDEWRIGHT\r\nMade by the Tidewright authors.\r\nLines run as you type them; #exit ends.";
 
-// Runs the lines of standard input to its end. Output is brought up to date whenever the next line has to be
-// waited for.
+// Runs the lines of standard input to its end. Output is brought up to date whenever the next line has to be waited
+// for.
 void run_console(Shared& shared, bool is_terminal) {
   std::string line;
   while (true) {

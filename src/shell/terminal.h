@@ -32,8 +32,7 @@ class TerminalConsole : public Instant {
   std::string waiting_;
 };
 
-/// Boxes on standard error, each with its title; questions are answered on standard input when that is a
-/// terminal.
+/// Boxes on standard error, each with its title; questions are answered on standard input when that is a terminal.
 class TerminalUser : public User {
  public:
   /// `answer` is what every yes/no box gets; without one it is asked on a terminal and No elsewhere.

@@ -6,8 +6,7 @@
 namespace tidewright {
 
 void DefineTable::add(std::string_view name, std::string_view value) {
-  // A loop is closed by its last definition, so looking here, at each one, leaves none for the look-up to
-  // fall into.
+  // A loop is closed by its last definition, so looking here, at each one, leaves none for the look-up to fall into.
   const std::string* const end = find(value);
   if (same_text(value, name) || (end != nullptr && same_text(*end, name))) {
     raise(ErrorNumber::invalid_call, cat({"the define ", name, " would stand for itself"}));

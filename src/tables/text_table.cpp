@@ -40,9 +40,8 @@ std::string literal(std::string_view text) {
   return bytes;
 }
 
-// Whether `form`, written behind `written`, would come out of a script line changed: line ends, tabs, blanks
-// at the ends or side by side; "&h", which a decompiled script writes as "0x"; and a leading "=", which
-// repeats the text.
+// Whether `form`, written behind `written`, would come out of a script line changed: line ends, tabs, blanks at the
+// ends or side by side; "&h", which a decompiled script writes as "0x"; and a leading "=", which repeats the text.
 bool suffers_in_a_line(std::string_view form, std::string_view written, bool last) {
   if (form.find_first_of("\t\r\n") != std::string_view::npos || form.find("  ") != std::string_view::npos) return true;
   if (form.starts_with(' ') && (written.empty() || written.ends_with(' '))) return true;
@@ -96,8 +95,7 @@ TextTable::Match TextTable::match_text(std::string_view text) const {
   }
   if (!tokenized && text[0] != kHashMark && text[0] != kCtrlMark) return best;
 
-  // Marked forms are looked up as "#..." in lower case; `extra` is what "&h" takes more than "#" in the
-  // source.
+  // Marked forms are looked up as "#..." in lower case; `extra` is what "&h" takes more than "#" in the source.
   const std::size_t extra = tokenized ? 1 : 0;
   std::string marked(text.substr(extra, std::max<std::size_t>(longest_name_, 3)));
   if (tokenized) marked[0] = kHashMark;
@@ -136,9 +134,8 @@ class TextTable::Writer {
 
   const std::string& text() const { return text_; }
 
-  /// Appends `form`, to be read as `entry`, or as `byte` where there is none. False, and nothing appended,
-  /// when the text would then not be read as it is meant: forms that stand side by side can be read as
-  /// another, longer one.
+  /// Appends `form`, to be read as `entry`, or as `byte` where there is none. False, and nothing appended, when the
+  /// text would then not be read as it is meant: forms that stand side by side can be read as another, longer one.
   bool append(std::string_view form, const Entry* entry, char byte) {
     pieces_.push_back({text_.size(), entry, byte});
     text_ += form;

@@ -1,6 +1,5 @@
-// The game's character set: which bytes stand for which characters, names and control codes of a text. The
-// directives addtext, addhash and addctrl fill it; text lines ("=") are converted with it, and the
-// decompilers convert back.
+// The game's character set: which bytes stand for which characters, names and control codes of a text. The directives
+// addtext, addhash and addctrl fill it; text lines ("=") are converted with it, and the decompilers convert back.
 #pragma once
 
 #include <array>
@@ -12,29 +11,26 @@
 
 namespace tidewright {
 
-/// Entries of three kinds: "text" maps characters to bytes, "hash" a name written #name, "ctrl" a control
-/// code written \name. In a text, the longest entry at each place wins; "#" (or "&h") and two hexadecimal
-/// digits is that byte; any other character is its own code. Names of hash and ctrl entries are found without
-/// regard to letter case.
+/// Entries of three kinds: "text" maps characters to bytes, "hash" a name written #name, "ctrl" a control code written
+/// \name. In a text, the longest entry at each place wins; "#" (or "&h") and two hexadecimal digits is that byte; any
+/// other character is its own code. Names of hash and ctrl entries are found without regard to letter case.
 class TextTable {
  public:
   enum class Word { text, hash, ctrl };
 
-  /// Adds an entry. A name or value "&h..." is the characters or bytes of its digit pairs, in the order
-  /// written; any other stands as it is. Raises DuplicateKey for a name its kind already has, TypeMismatch
-  /// for wrong digits, InvalidCall for an empty value and for a name that would hide the byte notation ("#"
-  /// and two digits).
+  /// Adds an entry. A name or value "&h..." is the characters or bytes of its digit pairs, in the order written; any
+  /// other stands as it is. Raises DuplicateKey for a name its kind already has, TypeMismatch for wrong digits,
+  /// InvalidCall for an empty value and for a name that would hide the byte notation ("#" and two digits).
   void add(std::string_view name, std::string_view value, Word word);
 
   /// The bytes of `text`.
   std::string text_to_bytes(std::string_view text) const;
 
-  /// The text of `bytes`, written so that text_to_bytes gives exactly these bytes again, also after the text
-  /// has been a line of a script file: what a line would lose is written in the "#" form.
+  /// The text of `bytes`, written so that text_to_bytes gives exactly these bytes again, also after the text has been a
+  /// line of a script file: what a line would lose is written in the "#" form.
   std::string bytes_to_text(std::string_view bytes) const;
 
-  /// The length in bytes of the text that starts `bytes`: up to and with the first control code named "end",
-  /// or all.
+  /// The length in bytes of the text that starts `bytes`: up to and with the first control code named "end", or all.
   std::size_t length_of_text(std::string_view bytes) const;
 
  private:

@@ -179,8 +179,8 @@ MemoryFiles::Place MemoryFiles::locate(const std::string& path) const {
   return place;
 }
 
-/// One part of a path further. A POSIX machine does not step back out of a folder that is not there: the dots
-/// are kept, and as nothing is called that, the path leads nowhere.
+/// One part of a path further. A POSIX machine does not step back out of a folder that is not there: the dots are kept,
+/// and as nothing is called that, the path leads nowhere.
 std::string MemoryFiles::step(const std::string& whole, const std::string& part) const {
   const bool dots_count = windows_ || is_folder(whole);
   if (part == "." && dots_count) return whole;
@@ -188,8 +188,7 @@ std::string MemoryFiles::step(const std::string& whole, const std::string& part)
   return join(whole, long_name(whole, part));
 }
 
-/// The name of the entry that `name`, in whatever letter case or in short form, means; `name` when there is
-/// none.
+/// The name of the entry that `name`, in whatever letter case or in short form, means; `name` when there is none.
 std::string MemoryFiles::long_name(const std::string& folder, const std::string& name) const {
   if (const MemoryNode* node = at(join(folder, name))) return node->name;
   if (windows_) {
@@ -272,9 +271,9 @@ void MemoryFiles::refuse_denied(const Place& place, const std::string& path) con
   if (is_listed(faults_.denied, place.whole)) raise(ErrorNumber::permission_denied, path);
 }
 
-/// Raises why there is nothing at `place`: `missing`, or path_not_found when a file stands where a folder
-/// should, and in the windows style also when the folder is missing. (POSIX systems tell a missing folder and
-/// a missing file alike.)
+/// Raises why there is nothing at `place`: `missing`, or path_not_found when a file stands where a folder should, and
+/// in the windows style also when the folder is missing. (POSIX systems tell a missing folder and a missing file
+/// alike.)
 void MemoryFiles::raise_missing(const Place& place, const std::string& path, ErrorNumber missing) const {
   if (place.folder_wanted && at(place.whole) != nullptr) raise(ErrorNumber::path_not_found, path);
   std::string folder = parent(place.whole);

@@ -1,5 +1,5 @@
-// A machine that lives in memory, for tests: files and folders by the rules of a POSIX or of a Windows
-// system, faults on demand, a person who answers from a list, a clock that stands still.
+// A machine that lives in memory, for tests: files and folders by the rules of a POSIX or of a Windows system, faults
+// on demand, a person who answers from a list, a clock that stands still.
 #pragma once
 
 #include <cstddef>
@@ -167,8 +167,8 @@ class MemoryUser final : public User {
   void show(MemoryBox::Kind kind, const std::string& title, const std::string& text);
 };
 
-/// The machine: all five interfaces, and what a test wants to prepare, break and look at. posix starts in
-/// "/work"; windows has the drives C: and D: and starts in "C:\\work". The program's folder is there.
+/// The machine: all five interfaces, and what a test wants to prepare, break and look at. posix starts in "/work";
+/// windows has the drives C: and D: and starts in "C:\\work". The program's folder is there.
 class MemoryMachine {
  public:
   using Style = PathStyle;
@@ -184,8 +184,7 @@ class MemoryMachine {
   MemoryDesktop& desktop() { return desktop_; }
   MemoryUser& user() { return user_; }
 
-  // Preparing and looking. No fault and no attribute hinders these; a mistake of the test is a
-  // std::logic_error.
+  // Preparing and looking. No fault and no attribute hinders these; a mistake of the test is a std::logic_error.
 
   /// Only in the windows style.
   void add_drive(char drive) { files_.add_drive(drive); }
@@ -197,14 +196,14 @@ class MemoryMachine {
   std::string bytes(const std::string& path) const { return files_.file(path).bytes; }
   /// Whether there is such a file or folder.
   bool exists(const std::string& path) const { return files_.exists(path); }
-  /// Sets the attributes but for kDirectory. In the posix style only kReadOnly counts: "." at the start of
-  /// its name hides a file there.
+  /// Sets the attributes but for kDirectory. In the posix style only kReadOnly counts: "." at the start of its name
+  /// hides a file there.
   void set_attributes(const std::string& path, int attributes) { files_.set_attributes(path, attributes); }
 
   // Faults. Paths need not exist yet.
 
-  /// `room` more bytes fit on the machine. The write that crosses it writes what fits, the next raises
-  /// disk_full. nullopt: no limit.
+  /// `room` more bytes fit on the machine. The write that crosses it writes what fits, the next raises disk_full.
+  /// nullopt: no limit.
   void disk_full_after(std::optional<std::size_t> room) { files_.faults().room = room; }
   /// Every write takes at most `most` bytes (1 or more). nullopt: no limit.
   void short_writes(std::optional<std::size_t> most) { files_.faults().most_per_write = most; }

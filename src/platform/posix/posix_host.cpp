@@ -88,8 +88,8 @@ class PosixFile final : public File {
     return status.st_size;
   }
 
-  // Every write has already been handed to the system; there is no buffer here to empty. The disk itself is
-  // not waited for: what must survive is a fault of the program, not of the power.
+  // Every write has already been handed to the system; there is no buffer here to empty. The disk itself is not waited
+  // for: what must survive is a fault of the program, not of the power.
   void flush() override {}
 
   void close() override {
@@ -155,8 +155,7 @@ bool has_desktop() {
   return false;
 }
 
-/// Becomes the program `words`, as a grandchild of the process that forked: init, not that process, collects
-/// it.
+/// Becomes the program `words`, as a grandchild of the process that forked: init, not that process, collects it.
 [[noreturn]] void become(char* const* words) {
   // Out of the terminal's reach: Ctrl-C there is for the program, not for what it opened.
   ::setsid();

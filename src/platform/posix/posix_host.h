@@ -1,17 +1,15 @@
-// A POSIX machine: files through file descriptors, the desktop through xdg-open. The shell makes one of each
-// at start-up; the person is reached through the terminal, which is not of this room.
+// A POSIX machine: files through file descriptors, the desktop through xdg-open. The shell makes one of each at
+// start-up; the person is reached through the terminal, which is not of this room.
 #pragma once
 
 #include "platform/host.h"
 
 namespace tidewright {
 
-/// The real file system. Names are case-sensitive bytes; there are no drives and no short names. Errors name
-/// the path.
+/// The real file system. Names are case-sensitive bytes; there are no drives and no short names. Errors name the path.
 class PosixFiles final : public Files {
  public:
-  /// A folder cannot be opened: path_access. A file that `create` or `update` makes gets the rights of the
-  /// umask.
+  /// A folder cannot be opened: path_access. A file that `create` or `update` makes gets the rights of the umask.
   std::unique_ptr<File> open(const std::string& path, Access access) override;
 
   char separator() const override { return '/'; }
@@ -36,8 +34,7 @@ class PosixFiles final : public Files {
   std::string short_name(const std::string& path) override;
 };
 
-/// Where the running program stands. Asked once, at construction, so that replacing the program's file does
-/// not matter.
+/// Where the running program stands. Asked once, at construction, so that replacing the program's file does not matter.
 class PosixProgram final : public Program {
  public:
   /// `command` is the program's first argument; it is used where the system does not tell the program's path.
@@ -56,8 +53,8 @@ class PosixClock final : public Clock {
   std::tm now() override;
 };
 
-/// The desktop of the session, when there is one: without DISPLAY and WAYLAND_DISPLAY both operations do
-/// nothing. What is started stands on its own: no terminal, no standard streams, not a child of the program.
+/// The desktop of the session, when there is one: without DISPLAY and WAYLAND_DISPLAY both operations do nothing. What
+/// is started stands on its own: no terminal, no standard streams, not a child of the program.
 class PosixDesktop final : public Desktop {
  public:
   void open_document(const std::string& path) override;
