@@ -47,12 +47,10 @@ void SmartString::kaTrim(std::string& line) {
 
 void SmartString::cut_comment(const std::string& line) {
   // 1-based positions of the first "'" and the first " ="; the line's length where there is none.
-  std::size_t quote = line.size();
-  std::size_t equals = line.size();
-  for (std::size_t i = line.size(); i-- > 0;) {
-    if (line[i] == '\'') quote = i + 1;
-    if (line[i] == '=' && i > 0 && line[i - 1] == ' ') equals = i;
-  }
+  const auto position = [&](std::size_t found) { return found == std::string::npos ? line.size() : found + 1; };
+  const std::size_t quote = position(line.find('\''));
+  const bool has_equals = line.find('=') != std::string::npos;
+  const std::size_t equals = position(has_equals ? line.find(" =") : std::string::npos);
   if (quote == equals) {
     values_[0] = line;
     return;

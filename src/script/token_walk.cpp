@@ -1,5 +1,6 @@
 #include "script/token_walk.h"
 
+#include <algorithm>
 #include <cstddef>
 
 #include "base/numbers.h"
@@ -12,6 +13,11 @@ bool needs_scrub(std::string_view line) {
   if (line.empty()) return false;
   return line.front() == ' ' || line.back() == ' ' || line.find('\t') != std::string_view::npos ||
          line.find("  ") != std::string_view::npos;
+}
+
+// Whether lower-casing or normalising a token may change it where this character stands.
+bool is_touched(char c) {
+  return (c >= 'A' && c <= 'Z') || c == 'x' || c == '#' || c == ' ';
 }
 
 std::string_view trimmed(std::string_view token) {
@@ -35,19 +41,11 @@ void scrub(std::string& line) {
 }
 
 void normalize(std::string& token) {
-  char previous = 0;
-  bool has_hash = false;
-  for (std::size_t i = 0; i < token.size(); ++i) {
-    const char c = token[i];
-    if (c == 'x' && previous == '0') {
-      token[i - 1] = '&';
-      token[i] = 'h';
-    }
-    has_hash |= c == '#';
-    previous = c;
+  for (std::size_t at = token.find('x'); at != std::string::npos; at = token.find('x', at + 1)) {
+    if (at > 0 && token[at - 1] == '0') token.replace(at - 1, 2, "&h");
   }
-  if (has_hash) replace_all(token, "#", "&h");
-  if (previous == ' ' || token.starts_with(' ')) token = std::string(trimmed(token));
+  if (token.find('#') != std::string::npos) replace_all(token, "#", "&h");
+  if (token.starts_with(' ') || token.ends_with(' ')) token = std::string(trimmed(token));
 }
 
 TokenWalk::TokenWalk(std::string_view text, char delimiter) : left_(text), delimiter_(delimiter) {
@@ -61,15 +59,15 @@ TokenWalk::TokenWalk(std::string_view text, char delimiter) : left_(text), delim
 bool TokenWalk::next(std::string& token) {
   if (ended_) return false;
   std::size_t end = 0;  // tokens are short: a loop finds their ends sooner than a search
-  while (end < left_.size() && left_[end] != delimiter_) ++end;
-  if (end == left_.size()) {
-    rest(token);
-    return true;
-  }
+  bool touched = false;
+  while (end < left_.size() && left_[end] != delimiter_) touched |= is_touched(left_[end++]);
   token.assign(left_, 0, end);
-  if (token.size() > 1) make_lower(token);
-  normalize(token);
-  left_.remove_prefix(end + 1);
+  ended_ = end == left_.size();
+  if (touched) {
+    if (!ended_ && end > 1) make_lower(token);
+    normalize(token);
+  }
+  left_.remove_prefix(std::min(end + 1, left_.size()));
   return true;
 }
 
