@@ -71,15 +71,14 @@ void FileBuffer::place_label(const fOffsett& label, std::int32_t& position, std:
 }
 
 void FileBuffer::pointerpop(std::size_t index) {
-  fOffsett pointer;
+  // The point is a copy: the record keeps its combined Offset, so that a second burn patches the same bytes.
+  get_Point(index, kLabelSets);
+  point_.buffer = static_cast<std::uint8_t>(point_.Offset / kBufferSpan);
+  point_.Offset -= point_.buffer * kBufferSpan;
   try {
-    // A copy: the record keeps its combined Offset, so that a second burn patches the same bytes.
-    pointer = get_Point(index, kLabelSets);
-    pointer.buffer = static_cast<std::uint8_t>(pointer.Offset / kBufferSpan);
-    pointer.Offset -= pointer.buffer * kBufferSpan;
-    patch(pointer);
+    patch(point_);
   } catch (const RuntimeError& error) {
-    tell_failure("pointer", pointer, error.description);
+    tell_failure("pointer", point_, error.description);
   }
 }
 
@@ -103,7 +102,7 @@ void FileBuffer::patch(const fOffsett& pointer) {
   auto* const content = std::get_if<std::string>(&slots_[slot_index(pointer.buffer)]);
   if (content == nullptr) raise(ErrorNumber::type_mismatch, "the buffer holds no bytes");
   const std::size_t start = std::min(static_cast<std::size_t>(pointer.Offset), content->size());
-  content->replace(start, kPointerPlaceholder.size(), num_.numberpush(cat({target}), -kDword));
+  content->replace(start, kPointerPlaceholder.size(), SmartNum::pointer_bytes(target));
 }
 
 void FileBuffer::write_chunks() {

@@ -13,7 +13,11 @@ namespace tidewright {
 class Encoder {
  public:
   /// `lineno` stands in front of the messages.
-  Encoder(const CmdList& list, std::int16_t lineno) : list_(list), lineno_(lineno), num_(*list.bank_) {}
+  Encoder(CmdList& list, std::int16_t lineno)
+      : list_(list), lineno_(lineno), tokens_(std::move(list.spare_tokens_)), num_(*list.bank_) {}
+  ~Encoder() { list_.spare_tokens_ = std::move(tokens_); }
+  Encoder(const Encoder&) = delete;
+  Encoder& operator=(const Encoder&) = delete;
 
   /// See CmdList::encode.
   std::string encode(std::string& code, std::string& extra);
@@ -33,7 +37,7 @@ class Encoder {
   void tell_unused(const tCmd& command);
   void echo(std::initializer_list<Piece> pieces) const;
 
-  const CmdList& list_;
+  CmdList& list_;
   std::int16_t lineno_;
   // Of the line, or of what an alias made of it: the word that was looked up, then the values.
   std::vector<std::string> tokens_;

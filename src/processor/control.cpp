@@ -77,8 +77,8 @@ void Control::report(std::string_view description, int number) {
 void Control::KaCode(std::string& line) {
   SmartString statement;
   if (!block_comment_) {
-    std::string text = line;
-    statement.kaTrim(text);
+    trimmed_line_ = line;
+    statement.kaTrim(trimmed_line_);
     statement.kaSplit(statement.values(0), ';');
     // A text behind a code line is one more statement. A line that is comment as a whole holds none.
     const bool whole =
@@ -179,16 +179,17 @@ void Control::text_line(const std::string& text) {
 void Control::code_line(const std::string& code, const std::string& line) {
   FileHandle& files = shared_.file_handle;
   FileBuffer& buffers = shared_.file_buffer;
-  std::string bytes = shared_.define_table.replace(code);
+  code_ = code;
+  code_ = shared_.define_table.replace(std::move(code_));
   std::string pointers;
-  if (shared_.cmd_list.encode(bytes, pointers, files.lineno()).empty()) {
+  if (shared_.cmd_list.encode(code_, pointers, files.lineno()).empty()) {
     const std::string place = files.location();
     files.echo({" - ", place.empty() ? "console" : place, ": ", pointers, ", in \"", shown(line), "\""});
     return;
   }
   buffers.inbuffer(buffers.default_buffer);
-  if (fulllog_) files.echo({"attached: \"", bytes, "\" into ", buffers.inbuffer()});
-  write(bytes, pointers, kCodeMode);
+  if (fulllog_) files.echo({"attached: \"", code_, "\" into ", buffers.inbuffer()});
+  write(code_, pointers, kCodeMode);
 }
 
 // Appends to the default buffer, which add_Data leaves again.

@@ -132,8 +132,10 @@ class Control {
   std::string pending_text_;
   std::string definition_;  // "addcmmd" or "alias" while one is being collected
 
-  bool guarded_ = false;     // inside the outermost line
-  bool running_ = false;     // the file-line runner is at work
+  bool guarded_ = false;      // inside the outermost line
+  bool running_ = false;      // the file-line runner is at work
+  std::string trimmed_line_;  // of KaCode and of a code line: kept for their memory only
+  std::string code_;
   std::string failed_line_;  // where an error is on its way out
 };
 

@@ -123,9 +123,14 @@ void SmartNum::push(std::string_view value, int kind, std::string& bytes) const 
   }
   const std::int32_t number = pointer ? CPtr(value) : to_long(Val(value));
   if (hex_length(number) > count) return push_digits(hex(number), count, bytes);
-  for (std::size_t i = 0; i < count / 2; ++i) {
-    bytes += static_cast<char>(i < sizeof number ? number >> (8 * i) : 0);
-  }
+  bytes.append(pointer_bytes(number), 0, std::min(count / 2, kPointerPlaceholder.size()));
+  if (count / 2 > kPointerPlaceholder.size()) bytes.append(count / 2 - kPointerPlaceholder.size(), '\0');
+}
+
+std::string SmartNum::pointer_bytes(std::int32_t pointer) {
+  std::string bytes(kPointerPlaceholder.size(), '\0');
+  for (std::size_t i = 0; i < bytes.size(); ++i) bytes[i] = static_cast<char>(pointer >> (8 * i) & 255);
+  return bytes;
 }
 
 std::string SmartNum::numberpull(std::string_view bytes, int /*kind*/) {

@@ -71,6 +71,9 @@ class SmartNum {
   /// TypeMismatch for a digit that is none, Overflow beyond 32 bits.
   std::string numberpush(std::string_view value, int kind) const;
 
+  /// The four bytes of a pointer whose value is known.
+  static std::string pointer_bytes(std::int32_t pointer);
+
   /// "&h" and two upper-case digits for each byte, the last byte first. `kind` does not count.
   static std::string numberpull(std::string_view bytes, int kind);
 

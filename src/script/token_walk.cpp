@@ -1,6 +1,7 @@
 #include "script/token_walk.h"
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 
 #include "base/numbers.h"
@@ -15,10 +16,13 @@ bool needs_scrub(std::string_view line) {
          line.find("  ") != std::string_view::npos;
 }
 
-// Whether lower-casing or normalising a token may change it where this character stands.
-bool is_touched(char c) {
-  return (c >= 'A' && c <= 'Z') || c == 'x' || c == '#' || c == ' ';
-}
+// By character code: whether lower-casing or normalising a token may change it where this character stands.
+constexpr std::array<bool, 256> kTouched = [] {
+  std::array<bool, 256> touched{};
+  for (std::size_t c = 'A'; c <= 'Z'; ++c) touched[c] = true;
+  touched['x'] = touched['#'] = touched[' '] = true;
+  return touched;
+}();
 
 std::string_view trimmed(std::string_view token) {
   const std::size_t first = token.find_first_not_of(' ');
@@ -60,7 +64,7 @@ bool TokenWalk::next(std::string& token) {
   if (ended_) return false;
   std::size_t end = 0;  // tokens are short: a loop finds their ends sooner than a search
   bool touched = false;
-  while (end < left_.size() && left_[end] != delimiter_) touched |= is_touched(left_[end++]);
+  while (end < left_.size() && left_[end] != delimiter_) touched |= kTouched[static_cast<unsigned char>(left_[end++])];
   token.assign(left_, 0, end);
   ended_ = end == left_.size();
   if (touched) {
