@@ -14,7 +14,7 @@
 namespace tidewright {
 
 /// Items in the order of their adding, each under a key of its own. Keys compare without regard to letter case. Items
-/// are reached by key or by 1-based position, both in constant time; the memory of an index entry is four bytes.
+/// are reached by key or by 1-based position, both in constant time.
 template <class T>
 class Collection {
  public:
@@ -24,10 +24,10 @@ class Collection {
   T& add(std::string key, T item) {
     if ((entries_.size() + 1) * 2 > slots_.size()) grow();
     const std::uint32_t key_hash = hash(key);
-    std::uint32_t& slot = slots_[slot_of(key, key_hash)];
-    if (slot != kFree) raise(ErrorNumber::duplicate_key, key);
-    entries_.push_back({std::move(key), key_hash, std::move(item)});
-    slot = static_cast<std::uint32_t>(entries_.size());
+    Slot& slot = slots_[slot_of(key, key_hash)];
+    if (slot.position != kFree) raise(ErrorNumber::duplicate_key, key);
+    entries_.push_back({std::move(key), std::move(item)});
+    slot = {key_hash, static_cast<std::uint32_t>(entries_.size())};
     return entries_.back().item;
   }
 
@@ -43,8 +43,8 @@ class Collection {
   /// The item under `key`, or null.
   const T* find(std::string_view key) const {
     if (slots_.empty()) return nullptr;
-    const std::uint32_t slot = slots_[slot_of(key, hash(key))];
-    return slot == kFree ? nullptr : &entries_[slot - 1].item;
+    const std::uint32_t position = slots_[slot_of(key, hash(key))].position;
+    return position == kFree ? nullptr : &entries_[position - 1].item;
   }
   T* find(std::string_view key) { return const_cast<T*>(std::as_const(*this).find(key)); }
 
@@ -57,9 +57,9 @@ class Collection {
   /// Takes out the item under `key`; later items move one position down. Linear. False when there is none.
   bool remove(std::string_view key) {
     if (slots_.empty()) return false;
-    const std::uint32_t slot = slots_[slot_of(key, hash(key))];
-    if (slot == kFree) return false;
-    entries_.erase(entries_.begin() + (slot - 1));
+    const std::uint32_t position = slots_[slot_of(key, hash(key))].position;
+    if (position == kFree) return false;
+    entries_.erase(entries_.begin() + (position - 1));
     rebuild(slots_.size());
     return true;
   }
@@ -67,11 +67,14 @@ class Collection {
  private:
   struct Entry {
     std::string key;
-    std::uint32_t key_hash;
     T item;
   };
 
-  // A slot holds an entry's position, so a free one holds 0.
+  // The hash stands beside the position, so that looking past another key's slot does not touch its entry.
+  struct Slot {
+    std::uint32_t key_hash = 0;
+    std::uint32_t position = kFree;
+  };
   static constexpr std::uint32_t kFree = 0;
 
   static std::uint32_t hash(std::string_view key) {
@@ -84,23 +87,24 @@ class Collection {
   std::size_t slot_of(std::string_view key, std::uint32_t key_hash) const {
     const std::size_t mask = slots_.size() - 1;
     for (std::size_t at = key_hash & mask;; at = (at + 1) & mask) {
-      if (slots_[at] == kFree) return at;
-      const Entry& entry = entries_[slots_[at] - 1];
-      if (entry.key_hash == key_hash && same_text(entry.key, key)) return at;
+      const Slot& slot = slots_[at];
+      if (slot.position == kFree) return at;
+      if (slot.key_hash == key_hash && same_text(entries_[slot.position - 1].key, key)) return at;
     }
   }
 
   void grow() { rebuild(std::bit_ceil(entries_.size() * 2 + 16)); }
 
   void rebuild(std::size_t slot_count) {
-    slots_.assign(slot_count, kFree);
+    slots_.assign(slot_count, Slot{});
     for (std::size_t i = 0; i < entries_.size(); ++i) {
-      slots_[slot_of(entries_[i].key, entries_[i].key_hash)] = static_cast<std::uint32_t>(i + 1);
+      const std::uint32_t key_hash = hash(entries_[i].key);
+      slots_[slot_of(entries_[i].key, key_hash)] = {key_hash, static_cast<std::uint32_t>(i + 1)};
     }
   }
 
   std::vector<Entry> entries_;
-  std::vector<std::uint32_t> slots_;
+  std::vector<Slot> slots_;
 };
 
 }  // namespace tidewright

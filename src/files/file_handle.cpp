@@ -147,9 +147,14 @@ void FileHandle::open_current(const std::string& name, const std::string& mode) 
 }
 
 void FileHandle::refuse_open_twice(const std::string& path, bool writing) const {
+  const std::string here = host_.files.current_folder();
+  const auto whole = [&](const std::string& name) {
+    return is_absolute(name) ? name : joined(host_.files, here, name);
+  };
   for (std::size_t number = kLogFile; number <= kLastFile; ++number) {
     const std::optional<DataFile>& file = files_[number];
-    if (file && file->name() == path && (writing || file->writable())) raise(ErrorNumber::file_already_open, path);
+    if (file && whole(file->name()) == whole(path) && (writing || file->writable()))
+      raise(ErrorNumber::file_already_open, path);
   }
 }
 
