@@ -3,22 +3,13 @@
 #include <gtest/gtest.h>
 
 #include "base/numbers.h"
+#include "tests/outcome.h"
 #include "tests/session.h"
 
 namespace tidewright {
 namespace {
 
 using namespace std::string_literals;
-
-/// The number of the error that `action` raises, 0 for none.
-int error_of(const std::function<void()>& action) {
-  try {
-    action();
-  } catch (const RuntimeError& error) {
-    return static_cast<int>(error.number);
-  }
-  return 0;
-}
 
 class FileBufferTest : public testing::Test {
  protected:

@@ -1,30 +1,14 @@
 // The command database: how records are filed and found, and what code lines become.
 #include <algorithm>
-#include <functional>
 #include <gtest/gtest.h>
 
 #include "base/numbers.h"
 #include "base/text.h"
+#include "tests/outcome.h"
 #include "tests/session.h"
 
 namespace tidewright {
 namespace {
-
-/// The number of the error that `action` raises, 0 for none.
-int error_of(const std::function<void()>& action) {
-  try {
-    action();
-  } catch (const RuntimeError& error) {
-    return static_cast<int>(error.number);
-  }
-  return 0;
-}
-
-/// A case "what -> wanted", cut in two.
-std::pair<std::string, std::string> cut(const std::string& row) {
-  const std::size_t arrow = row.find(" -> ");
-  return {row.substr(0, arrow), row.substr(arrow + 4)};
-}
 
 /// A session whose database is made by definition lines.
 struct Database : Session {

@@ -1,10 +1,10 @@
 // FileHandle: messages, nested typed files, names and the file-system commands, on machines of both styles.
-#include <functional>
 #include <gtest/gtest.h>
 #include <random>
 
 #include "base/errors.h"
 #include "base/text.h"
+#include "tests/outcome.h"
 #include "tests/session.h"
 
 namespace tidewright {
@@ -13,16 +13,6 @@ namespace {
 using namespace std::string_literals;
 using Style = MemoryMachine::Style;
 using Rows = std::initializer_list<std::pair<std::string, std::string>>;
-
-/// The number of the error that `action` raises, 0 for none.
-int error_of(const std::function<void()>& action) {
-  try {
-    action();
-  } catch (const RuntimeError& error) {
-    return static_cast<int>(error.number);
-  }
-  return 0;
-}
 
 class FileHandleTest : public testing::TestWithParam<Style> {
  protected:

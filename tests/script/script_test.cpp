@@ -1,5 +1,4 @@
 // The tokenizer and the value converter.
-#include <functional>
 #include <gtest/gtest.h>
 
 #include "base/errors.h"
@@ -7,27 +6,13 @@
 #include "base/text.h"
 #include "script/smart_num.h"
 #include "script/smart_string.h"
+#include "tests/outcome.h"
 
 namespace tidewright {
 namespace {
 
 using namespace std::string_literals;
 using Rows = std::initializer_list<std::pair<std::string, std::string>>;
-
-/// What `action` returns, or "error" and the number of what it raises.
-std::string outcome(const std::function<std::string()>& action) {
-  try {
-    return action();
-  } catch (const RuntimeError& error) {
-    return cat({"error ", static_cast<int>(error.number)});
-  }
-}
-
-/// A case "what -> wanted", cut in two.
-std::pair<std::string, std::string> cut(const std::string& row) {
-  const std::size_t arrow = row.find(" -> ");
-  return {row.substr(0, arrow), row.substr(arrow + 4)};
-}
 
 std::string tokens(const SmartString& split) {
   std::string text = split.count() + ":" + split.values(0);

@@ -1,5 +1,4 @@
 // The game's character set and the defines.
-#include <functional>
 #include <gtest/gtest.h>
 #include <random>
 
@@ -7,6 +6,7 @@
 #include "base/numbers.h"
 #include "tables/define_table.h"
 #include "tables/text_table.h"
+#include "tests/outcome.h"
 #include "tests/session.h"
 
 namespace tidewright {
@@ -15,16 +15,6 @@ namespace {
 using namespace std::string_literals;
 using Word = TextTable::Word;
 using Rows = std::initializer_list<std::pair<std::string, std::string>>;
-
-/// The number of the error that `action` raises, 0 for none.
-int error_of(const std::function<void()>& action) {
-  try {
-    action();
-  } catch (const RuntimeError& error) {
-    return static_cast<int>(error.number);
-  }
-  return 0;
-}
 
 TextTable game_table() {
   TextTable table;

@@ -17,4 +17,5 @@ go to $START.0x10
 sound the word 7 and stop
 quick
 GOTO start.0x10
+three paces
 #kapop game.bin
