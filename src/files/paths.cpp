@@ -91,7 +91,7 @@ void FileHandle::filename(std::string_view part, const std::string& text) {
 }
 
 std::string FileHandle::short_form(const std::string& path, const std::string& name) const {
-  const std::string short_name = host_.files.short_name(path);
+  std::string short_name = host_.files.short_name(path);
   if (!short_name.empty() && blank_free(short_name) == short_name) return short_name;
   std::string form = blank_free(name);
   // Where another file bears this form as its name, that one would be found.

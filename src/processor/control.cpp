@@ -107,11 +107,11 @@ void Control::KaCode(std::string& line) {
         run_statement(statement, line);
       }
     }
+    advance_lineno();
   } catch (const RuntimeError&) {
     if (failed_line_.empty()) failed_line_ = line;
     throw;
   }
-  advance_lineno();
   shared_.file_buffer.inbuffer(shared_.file_buffer.default_buffer);
 }
 
