@@ -38,18 +38,18 @@ TEST_F(ControlTest, SettingsAreReadAsTyped) {
 
 TEST_F(ControlTest, AnErrorEndsTheLineAndLeavesTheSessionReady) {
   add("base/includes.psh", "#addcmmd walk 5\n#do");
-  add("inner.psc", "#org b 1\n#addcmmd half 9\n#org");
+  add("inner.psc", "#org b 1\n#addcmmd half 9\n#addparm much");
   add("outer.psc", "#boot\n#org a\nwalk\n#include inner.psc\n#kapow");
   session.run("#include outer.psc; #kapow");
   ASSERT_EQ(session.machine.user().boxes.size(), 1U);
   EXPECT_EQ(
       session.machine.user().boxes[0].text,
-      "inner.psc:3, included from outer.psc:4: error 5: Invalid procedure call or argument: org wants the name of "
-      "a label, in \"#org\"");
+      "inner.psc:3, included from outer.psc:4: error 13: Type mismatch: \"much\" is no number, in \"#addparm much\"");
   EXPECT_EQ(files.level(), 1);
   EXPECT_EQ(session.run("half"), "Invalid Command : half\n - console: no such command, in \"half\"");
   session.run("#addcmmd other 7; #do; other; #org a");
-  EXPECT_EQ(session.bytes(0), "\x05\x07") << "buffers and database stay; the half-written definition is gone";
+  EXPECT_EQ(session.bytes(0), "\x05") << "buffers stay";
+  EXPECT_EQ(session.bytes(1), "\x07") << "the half-written definition is gone, the buffer is still 1";
   EXPECT_EQ(buffers.count(1), 0) << "the waiting label is gone";
 }
 
@@ -88,7 +88,7 @@ TEST_F(ControlTest, LineNumbersRunOutWhereTheyAreSixteenBit) {
 }
 
 TEST_F(ControlTest, LabelsWaitForTheirFirstByteAndAreNeverLost) {
-  session.run("#org a; #org b 2; nothing; #0102; #org c 2; #org end 2");
+  session.run("#org a; #org b 2; nothing; #01 02; #org c 2; #org end 2");
   EXPECT_EQ(session.bytes(2), "\x01\x02");
   session.machine.add_file("/work/game.bin", "");
   session.run("#kapop game.bin");
