@@ -19,6 +19,8 @@ std::string_view position_text(std::string_view name) {
   return dot == std::string_view::npos ? name : name.substr(dot + 1);
 }
 
+bool holds_number(std::string_view name) { return number_prefix(position_text(name)).length > 0; }
+
 }  // namespace
 
 void FileBuffer::burnbuffer() {
@@ -88,7 +90,7 @@ std::int32_t FileBuffer::target_of(const std::string& name) {
   if (target == 0 && name.starts_with('$')) target = pushed(std::string_view(name).substr(1));
   if (target != 0) return num_.CPtr(static_cast<double>(target));
   std::string text(position_text(name));
-  if (Val(text) == 0) {
+  if (!holds_number(name)) {
     text = files_->input_box(cat({"Enter offset for ", name, ":"}), "Floating Pointer must be pushed");
     replace_all(text, "0x", "&h");
   }
@@ -98,7 +100,8 @@ std::int32_t FileBuffer::target_of(const std::string& name) {
 void FileBuffer::patch(const fOffsett& pointer) {
   const std::int32_t target = target_of(pointer.name);
   files_->echo({" - Adjusting ", pointer.name, " in ", pointer.buffer, " at ", hex(target)});
-  if (target == 0) files_->notice_box("Floating Pointers Must Be Pushed");
+  // A pointer to the number 0 is meant; a name that nobody could place is not.
+  if (target == 0 && !holds_number(pointer.name)) files_->notice_box("Floating Pointers Must Be Pushed");
   auto* const content = std::get_if<std::string>(&slots_[slot_index(pointer.buffer)]);
   if (content == nullptr) raise(ErrorNumber::type_mismatch, "the buffer holds no bytes");
   const std::size_t start = std::min(static_cast<std::size_t>(pointer.Offset), content->size());
