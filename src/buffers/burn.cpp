@@ -19,7 +19,9 @@ std::string_view position_text(std::string_view name) {
   return dot == std::string_view::npos ? name : name.substr(dot + 1);
 }
 
-bool holds_number(std::string_view name) { return number_prefix(position_text(name)).length > 0; }
+bool holds_number(std::string_view name) {
+  return number_prefix(position_text(name)).length > 0;
+}
 
 }  // namespace
 
@@ -100,8 +102,7 @@ std::int32_t FileBuffer::target_of(const std::string& name) {
 void FileBuffer::patch(const fOffsett& pointer) {
   const std::int32_t target = target_of(pointer.name);
   files_->echo({" - Adjusting ", pointer.name, " in ", pointer.buffer, " at ", hex(target)});
-  // A pointer to the number 0 is meant; a name that nobody could place is not.
-  if (target == 0 && !holds_number(pointer.name)) files_->notice_box("Floating Pointers Must Be Pushed");
+  if (target == 0) files_->notice_box("Floating Pointers Must Be Pushed");
   auto* const content = std::get_if<std::string>(&slots_[slot_index(pointer.buffer)]);
   if (content == nullptr) raise(ErrorNumber::type_mismatch, "the buffer holds no bytes");
   const std::size_t start = std::min(static_cast<std::size_t>(pointer.Offset), content->size());
@@ -132,15 +133,17 @@ void FileBuffer::write_chunks() {
 // Tells of the chunks that stood in the file's write buffer and did not arrive when it was given to the platform.
 void FileBuffer::tell_lost(std::string_view why) {
   if (in_flight_.empty() || files_->unflushed() > 0) return;
-  const std::int32_t reached = files_->fPos();
-  for (const fOffsett& chunk : in_flight_) {
-    if (chunk.Offset > reached) tell_failure("label", chunk, why);
+  const std::int64_t reached = files_->position();
+  for (const Chunk& chunk : in_flight_) {
+    if (chunk.end > reached) tell_failure("label", *chunk.label, why);
   }
   in_flight_.clear();
 }
 
 void FileBuffer::write_chunk(std::size_t position, int set) {
   std::string_view data = Get_Data(position, set);
+  // A label without a position was skipped, and told, when positions were given.
+  if (pushed_.find(point_.name) == nullptr) return;
   const std::int32_t place = pushed(point_.name);
   files_->SeekData(place);
   if (place < 0) raise(ErrorNumber::invalid_call, "its position lies before the file");
@@ -151,8 +154,7 @@ void FileBuffer::write_chunk(std::size_t position, int set) {
   for (std::size_t start = 0; start < data.size(); start += kLongestPut) {
     files_->putblock(data.substr(start, kLongestPut));
   }
-  in_flight_.push_back(point_);
-  in_flight_.back().Offset = to_long(static_cast<double>(place) + static_cast<double>(data.size()));
+  in_flight_.push_back({&labels_[set_index(set)].at(position), place + static_cast<std::int64_t>(data.size())});
 }
 
 void FileBuffer::tell_unwritten(int buffer) {

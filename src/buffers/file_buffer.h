@@ -114,6 +114,12 @@ class FileBuffer {
   static std::size_t slot_index(int index);
   static std::size_t set_index(int index);
   bool typed_otherwise(int index) const;
+  /// A chunk of a burn: its label, and where it ends in the file.
+  struct Chunk {
+    const fOffsett* label;
+    std::int64_t end;
+  };
+
   struct Registration {
     std::string key;
     fOffsett pointer;
@@ -137,8 +143,7 @@ class FileBuffer {
   std::array<Collection<fOffsett>, kLabelSets> labels_;
   Collection<fOffsett> pointers_;
   Collection<std::int32_t> pushed_;
-  std::vector<fOffsett>
-      in_flight_;  // labels whose bytes stand in the file's write buffer; Offset is their end in the file
+  std::vector<Chunk> in_flight_;  // chunks whose bytes stand in the file's write buffer
   fOffsett point_;
   std::uint8_t previous_buffer_ = 0;
   std::int16_t fill_ = -1;  // 0 to 255 burns that byte in place of the data

@@ -45,13 +45,12 @@ void Encoder::echo(std::initializer_list<Piece> pieces) const {
 std::string Encoder::encode(std::string& code, std::string& extra) {
   split(code, ' ', tokens_);
   try {
-    const tCmd* command = look_up();
+    const tCmd* const command = end_of_chain(look_up());
     if (command == nullptr) {
       list_.files_->echo_fault(cat({"Invalid Command : ", tokens_[0]}));
       extra = "no such command";
       return "";
     }
-    command = end_of_chain(command);
     echo({lineno_, ": Code Command - ", command->keyword(), " [", hex(command->bytecode()), "] "});
     append_number(value_list_, command->bytecode());
     bytes_ = static_cast<char>(command->bytecode());
@@ -85,7 +84,7 @@ const tCmd* Encoder::look_up() {
 
 const tCmd* Encoder::end_of_chain(const tCmd* command) {
   std::vector<const tCmd*> seen;
-  while (command->alias()) {
+  while (command != nullptr && command->alias()) {
     if (std::find(seen.begin(), seen.end(), command) != seen.end()) {
       raise(ErrorNumber::invalid_call, cat({"the alias ", command->keyword(), " comes back to itself"}));
     }
@@ -93,7 +92,6 @@ const tCmd* Encoder::end_of_chain(const tCmd* command) {
     echo({lineno_, ": Code Alias"});
     follow_alias(*command);
     command = look_up();
-    if (command == nullptr) raise(ErrorNumber::invalid_call, cat({"there is no command ", tokens_[0]}));
   }
   return command;
 }
@@ -190,6 +188,7 @@ void Encoder::add_number(std::string_view value, int kind) {
   }
   if (number.length < value.size()) {
     echo({lineno_, ": Only ", value.substr(0, number.length), " of ", value, " is read"});
+    value = value.substr(0, number.length);
   }
   if (!pointer) {
     const auto digits = static_cast<std::size_t>(SmartNum::width(-kind, 1));
@@ -213,7 +212,10 @@ const std::string& Encoder::next_value() {
 }
 
 void Encoder::tell_unused(const tCmd& command) {
-  while (has_value()) echo({lineno_, ": ", command.keyword(), " has no use for the value ", next_value()});
+  if (!has_value()) return;
+  std::string unused;
+  while (has_value()) unused += cat({" ", next_value()});
+  echo({lineno_, ": ", command.keyword(), " has no use for the value", unused});
 }
 
 }  // namespace tidewright

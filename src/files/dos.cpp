@@ -17,7 +17,7 @@ std::string FileHandle::Dos(std::string_view command, std::string& argument) {
     if (word == "shell") host_.desktop.open_document(actual_path(host_.files, argument));
     return "";
   } catch (const RuntimeError&) {
-    return "Invalid path or filename";
+    return std::string(kFailedCommand);
   }
 }
 

@@ -27,6 +27,9 @@ class FileHandle {
   static constexpr int kLogFile = 1;
   static constexpr int kLastFile = 16;
 
+  /// What Dos reports of a command that failed.
+  static constexpr std::string_view kFailedCommand = "Invalid path or filename";
+
   /// Makes `log_folder` if it is missing and opens the session log in it. Raises what opening the log raises.
   FileHandle(const Host& host, const std::string& log_folder);
   ~FileHandle();
@@ -116,6 +119,8 @@ class FileHandle {
   /// Moves to the 0-based byte `offset`. A negative one is echoed and moves nothing. Raises Overflow for 2147483647.
   void SeekData(std::int32_t offset);
   std::int32_t fPos();
+  /// The same beyond the 32-bit range.
+  std::int64_t position() { return current().position(); }
   std::int32_t fLen();
   bool ENDOF();
 
@@ -130,9 +135,9 @@ class FileHandle {
 
   /// The current file by parts: "fullpath"/"fullname", "filename"/"file"/"name" (without folder and extension),
   /// "path"/"dir"/"directory" (the current folder), "ext"/"extension" (without dot). Writing a full path also makes its
-  /// folder the current one; writing a path changes the current folder.
+  /// folder the current one; writing a path changes the current folder. False when that folder cannot be reached.
   std::string filename(std::string_view part) const;
-  void filename(std::string_view part, const std::string& text);
+  bool filename(std::string_view part, const std::string& text);
 
   /// Rewrites each quoted text of a directive as a short form without blanks of the file it names. One that names
   /// nothing is dropped, and told. Returns whether any was dropped.
@@ -148,7 +153,7 @@ class FileHandle {
   // ---- dos.cpp ----
 
   /// The file-system commands "dir", "cd"/"chdir", "delete", "rmdir", "mkdir" and "shell" (letter case does not count).
-  /// Returns the report; "Invalid path or filename" when one fails. "dir" puts the pattern it used into an empty
+  /// Returns the report; kFailedCommand when one fails. "dir" puts the pattern it used into an empty
   /// `argument` and separates its entries by NUL characters.
   std::string Dos(std::string_view command, std::string& argument);
 

@@ -61,7 +61,7 @@ std::string blank_free(std::string_view name) {
   for (std::size_t i = 0; i < name.size(); ++i) {
     const char c = name[i];
     const bool rewritten = c == '#' || (c == 'x' && i > 0 && name[i - 1] == '0');
-    if (c == ' ' || c == '\t' || rewritten || is_escape(name.substr(i))) {
+    if (c == ' ' || c == '\t' || c == '"' || rewritten || is_escape(name.substr(i))) {
       result += '%';
       result += hex_bytes(name.substr(i, 1));
     } else {

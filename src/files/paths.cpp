@@ -54,31 +54,27 @@ std::string FileHandle::filename(std::string_view part) const {
   return "";
 }
 
-void FileHandle::filename(std::string_view part, const std::string& text) {
+bool FileHandle::filename(std::string_view part, const std::string& text) {
+  std::string folder = text;
   switch (part_of(part)) {
     case Part::none:
-      return;
+      return true;
     case Part::name:
       name_ = text;
-      return;
+      return true;
     case Part::extension:
       extension_ = text;
-      return;
-    case Part::folder: {
-      std::string folder = text;
-      Dos("chdir", folder);
-      return;
-    }
+      return true;
+    case Part::folder:
+      return Dos("chdir", folder) != kFailedCommand;
     case Part::full:
       break;
   }
   name_.clear();
   const std::size_t separator = last_separator(text);
   const std::size_t dot = text.rfind('.');
-  std::string folder;
-  if (dot == std::string::npos) {
-    folder = text;
-  } else {
+  if (dot != std::string::npos) {
+    folder.clear();
     const std::size_t start = separator == std::string::npos ? 0 : separator + 1;
     const bool in_name = separator == std::string::npos || separator < dot;
     extension_ = in_name ? text.substr(dot + 1) : "";
@@ -87,7 +83,7 @@ void FileHandle::filename(std::string_view part, const std::string& text) {
     if (start < end) name_ = text.substr(start, end - start);
     if (separator != std::string::npos) folder = folder_of(text, separator);
   }
-  if (!folder.empty()) Dos("chdir", folder);
+  return folder.empty() || Dos("chdir", folder) != kFailedCommand;
 }
 
 std::string FileHandle::short_form(const std::string& path, const std::string& name) const {

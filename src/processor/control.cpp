@@ -18,9 +18,10 @@ constexpr std::int16_t kTextMode = 8;
 // Markers of lines that are comment as a whole, or text.
 constexpr std::string_view kWholeLineMarkers = "/='!";
 
-// A line in a message: long ones are cut.
-std::string_view shown(std::string_view line) {
-  return line.substr(0, 200);
+// A statement in a message: as it was typed, long ones cut.
+std::string shown(std::string_view statement) {
+  const bool rewritten = statement.starts_with("&h");  // the cut into statements makes this of "#"
+  return cat({rewritten ? "#" : "", statement.substr(rewritten ? 2 : 0, 200)});
 }
 
 }  // namespace
@@ -45,7 +46,7 @@ void Control::run_file(std::string name) {
 void Control::guarded(const std::function<void()>& work) {
   if (guarded_) return work();
   guarded_ = true;
-  failed_line_.clear();
+  failed_statement_.clear();
   try {
     work();
   } catch (const RuntimeError& error) {
@@ -64,7 +65,7 @@ void Control::report(std::string_view description, int number) {
   std::string text = files.location();
   if (!text.empty()) text += ": ";
   text += cat({"error ", number, ": ", description});
-  if (!failed_line_.empty()) text += cat({", in \"", shown(failed_line_), "\""});
+  if (!failed_statement_.empty()) text += cat({", in \"", failed_statement_, "\""});
   files.critical_box(text);
   files.echo(text);
   files.close_all();
@@ -76,46 +77,52 @@ void Control::report(std::string_view description, int number) {
 
 void Control::KaCode(std::string& line) {
   SmartString statement;
-  if (!block_comment_) {
-    trimmed_line_ = line;
-    statement.kaTrim(trimmed_line_);
-    statement.kaSplit(statement.values(0), ';');
-    // A text behind a code line is one more statement. A line that is comment as a whole holds none.
-    const bool whole =
-        !statement.vDirective().empty() && kWholeLineMarkers.find(statement.vDirective()) != std::string_view::npos;
-    if (!whole && statement.vComment().starts_with('=')) {
-      statement.count(cat({statement.last() + 1}));
-      statement.values(statement.last(), statement.vComment());
-    }
-  }
+  std::string piece;  // the statement that runs, where the line has several
   try {
+    if (!block_comment_) cut(line, statement);
     const int last = statement.last();
     for (int i = 0; i <= last; ++i) {
-      bool empty = false;
+      if (last > 0) piece = i == 0 ? statement.vDirective() + statement.values(0) : statement.values(i);
       if (i > 0) {
-        std::string piece = statement.values(i);
-        empty = piece.empty();
-        statement.kaTrim(piece);
+        std::string text = piece;
+        statement.kaTrim(text);
       }
       if (block_comment_) {
-        if (line.ends_with('/')) {
-          block_comment_ = false;
-        } else if (fulllog_) {
-          shared_.file_handle.echo({"'", line});
-        }
-      } else if (!empty) {
-        run_statement(statement, line);
+        skip_in_block(line);
+      } else if (i == 0 || !piece.empty()) {
+        run_statement(statement, line, piece.empty() ? line : piece);
       }
     }
     advance_lineno();
   } catch (const RuntimeError&) {
-    if (failed_line_.empty()) failed_line_ = line;
+    if (failed_statement_.empty()) failed_statement_ = shown(piece.empty() ? line : piece);
     throw;
   }
   shared_.file_buffer.inbuffer(shared_.file_buffer.default_buffer);
 }
 
-void Control::run_statement(SmartString& statement, std::string& line) {
+// Cuts a line into its statements: values(0) to values(last()), the first of them classified.
+void Control::cut(const std::string& line, SmartString& statement) {
+  trimmed_line_ = line;
+  statement.kaTrim(trimmed_line_);
+  statement.kaSplit(statement.values(0), ';');
+  // A text behind a code line is one more statement. A line that is comment as a whole holds none.
+  const bool whole =
+      !statement.vDirective().empty() && kWholeLineMarkers.find(statement.vDirective()) != std::string_view::npos;
+  if (whole || !statement.vComment().starts_with('=')) return;
+  statement.count(cat({statement.last() + 1}));
+  statement.values(statement.last(), statement.vComment());
+}
+
+void Control::skip_in_block(const std::string& line) {
+  if (line.ends_with('/')) {
+    block_comment_ = false;
+  } else if (fulllog_) {
+    shared_.file_handle.echo({"'", line});
+  }
+}
+
+void Control::run_statement(SmartString& statement, std::string& line, const std::string& text) {
   const char marker = statement.vDirective().empty() ? '\0' : statement.vDirective()[0];
   const std::string& value = statement.values(0);
   switch (marker) {
@@ -135,7 +142,7 @@ void Control::run_statement(SmartString& statement, std::string& line) {
       break;
   }
   if (lock_) return ProcessDirective(value, statement.vComment());
-  if (!value.empty()) code_line(value, line);
+  if (!value.empty()) code_line(value, text);
 }
 
 void Control::comment_block(const SmartString& statement, std::string& line) {
@@ -176,7 +183,7 @@ void Control::text_line(const std::string& text) {
   write(bytes, "", kTextMode);
 }
 
-void Control::code_line(const std::string& code, const std::string& line) {
+void Control::code_line(const std::string& code, const std::string& text) {
   FileHandle& files = shared_.file_handle;
   FileBuffer& buffers = shared_.file_buffer;
   code_ = code;
@@ -184,7 +191,7 @@ void Control::code_line(const std::string& code, const std::string& line) {
   std::string pointers;
   if (shared_.cmd_list.encode(code_, pointers, files.lineno()).empty()) {
     const std::string place = files.location();
-    files.echo({" - ", place.empty() ? "console" : place, ": ", pointers, ", in \"", shown(line), "\""});
+    files.echo({" - ", place.empty() ? "console" : place, ": ", pointers, ", in \"", shown(text), "\""});
     return;
   }
   buffers.inbuffer(buffers.default_buffer);

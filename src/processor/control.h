@@ -70,11 +70,13 @@ class Control {
   // control.cpp
   void guarded(const std::function<void()>& work);
   void report(std::string_view description, int number);
-  void run_statement(SmartString& statement, std::string& line);
+  void cut(const std::string& line, SmartString& statement);
+  void skip_in_block(const std::string& line);
+  void run_statement(SmartString& statement, std::string& line, const std::string& text);
   void comment_block(const SmartString& statement, std::string& line);
   void comment(const SmartString& statement);
   void text_line(const std::string& text);
-  void code_line(const std::string& code, const std::string& line);
+  void code_line(const std::string& code, const std::string& text);
   void write(std::string_view bytes, std::string_view pointers, std::int16_t mode);
   void run_files();
   void advance_lineno();
@@ -136,7 +138,7 @@ class Control {
   bool running_ = false;      // the file-line runner is at work
   std::string trimmed_line_;  // of KaCode and of a code line: kept for their memory only
   std::string code_;
-  std::string failed_line_;  // where an error is on its way out
+  std::string failed_statement_;  // where an error is on its way out
 };
 
 }  // namespace tidewright

@@ -74,9 +74,10 @@ void Control::inline_data(Directive& directive, std::string_view /*detail*/) {
 
 void Control::raw_data(Directive& directive, std::string_view /*detail*/) {
   std::vector<std::string> words;
-  split(directive.text, ' ', words);
+  if (!directive.text.empty()) split(directive.text, ' ', words);
   std::string bytes;
-  const bool record = std::find(std::begin(kRecordTypes), std::end(kRecordTypes), words[0]) != std::end(kRecordTypes);
+  const std::string first = words.empty() ? "" : words[0];
+  const bool record = std::find(std::begin(kRecordTypes), std::end(kRecordTypes), first) != std::end(kRecordTypes);
   if (record) {
     bytes = shared_.record.Draw(directive.text);
   } else {

@@ -90,7 +90,6 @@ void Control::ProcessDirective(const std::string& text, const std::string& comme
   directive.words.kaSplit(directive.text, ' ');
   const std::string word = lowered(directive.words.values(0));
   if (word != "addparm") complete_definition();
-  if (word.empty()) return;
   const Row* const row = std::find_if(std::begin(kDirectives), std::end(kDirectives),
                                       [&](const Row& candidate) { return candidate.word == word; });
   if (row == std::end(kDirectives)) return raw_data(directive, {});
@@ -113,7 +112,12 @@ void Control::dos(Directive& directive, std::string_view command) {
 }
 
 void Control::file(Directive& directive, std::string_view /*detail*/) {
-  if (directive.words.docount(1)) shared_.file_handle.filename("fullpath", directive.argument(1));
+  if (!directive.words.docount(1)) return;
+  FileHandle& files = shared_.file_handle;
+  if (files.filename("fullpath", directive.argument(1))) return;
+  // Else the name would stand for a file of the folder that is still the current one, and a burn would go there.
+  files.filename("filename", "");
+  files.echo_fault(cat({" - There is no folder of ", directive.argument(1)}));
 }
 
 void Control::whoami(Directive& /*directive*/, std::string_view /*detail*/) {

@@ -117,7 +117,8 @@ void SmartNum::push(std::string_view value, int kind, std::string& bytes) const 
     return push_digits(digits, digits.size(), bytes);
   }
   const auto count = static_cast<std::size_t>(width(kind, 1));
-  const bool pointer = is_pointer_kind(-kind);
+  // User kinds, from 10 up, are pointers in a kind list but plain numbers here.
+  const bool pointer = kind == -kPointer || kind == -kStringPointer || kind == -kMovementPointer;
   if (!pointer && has_hex_mark(value)) {
     return push_padded(value.substr(2), count, bytes);
   }

@@ -39,7 +39,7 @@ void run_console(Shared& shared, bool is_terminal) {
 
 void run_session(Shared& shared, const Options& options) {
   const bool is_terminal = NativeMachine::is_terminal(Stream::input);
-  const bool is_console = options.interactive || (options.runs.empty() && options.line.empty());
+  const bool is_console = options.interactive || options.line.empty();
   if (is_console && is_terminal && shared.instant.Visible()) shared.instant.add(kBanner);
   try {
     for (const std::string& file : options.runs) shared.control.run_file(file);

@@ -11,8 +11,8 @@ Compiles scripts of game data commands and burns them into an image file.
 
 The words after the options are the first line of the session, for example
     tidewright "#boot; #include main.psc; #kapop game.bin"
-Without a line, and without --run, it is a console: it prompts on a terminal and
-else runs the lines of standard input.
+Without a line it is a console: it prompts on a terminal, and runs the lines of
+standard input to its end elsewhere.
 
   -r, --run FILE       run a script file before the line, as #include does; may
                        be repeated
