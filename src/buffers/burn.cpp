@@ -62,8 +62,11 @@ void FileBuffer::place_label(const fOffsett& label, std::int32_t& position, std:
     return;
   }
   const std::string_view text = position_text(label.name);
-  const double next = static_cast<double>(position) + label.Offset - last_offset;
-  position = to_long(SmartNum::isvalue(text, false) ? Val(text) : next);
+  if (SmartNum::isvalue(text, false)) {
+    position = named_position(label.name, text);
+  } else {
+    position = to_long(static_cast<double>(position) + label.Offset - last_offset);
+  }
   pushoffsett(label.name, position);
   constexpr std::int32_t kLastHeld = std::numeric_limits<std::int16_t>::max();
   if (label.Offset <= kLastHeld) {
@@ -72,6 +75,16 @@ void FileBuffer::place_label(const fOffsett& label, std::int32_t& position, std:
     files_->echo({" - Label ", label.name, " lies beyond byte ", kLastHeld, " of buffer ", label.buffer,
                   ": the labels after it move apart"});
   }
+}
+
+// The position that `text`, the end of a label's name, gives it.
+std::int32_t FileBuffer::named_position(std::string_view name, std::string_view text) const {
+  const NumberPrefix number = number_prefix(text);
+  if (number.length == 0) raise(ErrorNumber::type_mismatch, cat({"\"", text, "\" is no number"}));
+  if (number.length < text.size()) {
+    files_->echo({" - Only ", text.substr(0, number.length), " of ", text, " is read in the label ", name});
+  }
+  return to_long(number.value);
 }
 
 void FileBuffer::pointerpop(std::size_t index) {
@@ -110,6 +123,7 @@ void FileBuffer::patch(const fOffsett& pointer) {
 }
 
 void FileBuffer::write_chunks() {
+  const std::int64_t length_before = files_->length();
   for (int b = 0; b < kLabelSets; ++b) {
     tell_unwritten(b);
     const Collection<fOffsett>& labels = labels_[static_cast<std::size_t>(b)];
@@ -128,6 +142,8 @@ void FileBuffer::write_chunks() {
     tell_lost(error.description);
   }
   in_flight_.clear();
+  const std::int64_t length = files_->length();
+  if (length > length_before) files_->echo({" - The file has grown from ", length_before, " to ", length, " bytes"});
 }
 
 // Tells of the chunks that stood in the file's write buffer and did not arrive when it was given to the platform.

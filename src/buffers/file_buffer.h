@@ -63,6 +63,7 @@ class FileBuffer {
   /// Slot 0 to 16, whole. Raises SubscriptOutOfRange.
   const Slot& buffer(int index) const { return slots_[slot_index(index)]; }
   void buffer(int index, Slot content) { slots_[slot_index(index)] = std::move(content); }
+  bool has_label(std::string_view name, int set) const { return labels_[set_index(set)].find(name) != nullptr; }
   /// The bytes of a slot; empty where it holds none.
   std::string_view bytes(int index) const;
 
@@ -128,6 +129,7 @@ class FileBuffer {
 
   void place_labels();
   void place_label(const fOffsett& label, std::int32_t& position, std::int16_t& last_offset);
+  std::int32_t named_position(std::string_view name, std::string_view text) const;
   std::int32_t target_of(const std::string& name);
   void patch(const fOffsett& pointer);
   void write_chunks();

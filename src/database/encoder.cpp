@@ -129,6 +129,7 @@ void Encoder::follow_alias(const tCmd& alias) {
 
 // Adds the values of all parameters of `command` to the value list and the bytes.
 void Encoder::walk(const tCmd& command) {
+  if (++depth_ > kDeepestBind) raise(ErrorNumber::invalid_call, cat({command.keyword(), " binds to itself too often"}));
   for (int i = 0; i < command.parmcnt(); ++i) {
     const std::uint8_t kind = command.Parmsise(i);
     const std::string& description = command.ParmDesc(i);
@@ -142,6 +143,7 @@ void Encoder::walk(const tCmd& command) {
       add(description, kind);
     }
   }
+  --depth_;
 }
 
 void Encoder::add_value_parameter(const tCmd& command, int index) {

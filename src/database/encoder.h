@@ -43,6 +43,9 @@ class Encoder {
   std::vector<std::string> tokens_;
   std::size_t next_ = 1;     // the first value not yet taken
   std::size_t reached_ = 1;  // the token that the walk has come to, for the message
+  static constexpr int kDeepestBind = 256;
+  int depth_ = 0;  // of commands bound to one another
+
   SmartNum num_;
   std::string value_list_;
   std::string bytes_;

@@ -52,6 +52,7 @@ std::string FileHandle::delete_files(const std::string& argument) {
 }
 
 std::string FileHandle::remove_folder(const std::string& argument) {
+  if (argument.empty()) return "";
   const std::string folder = actual_path(host_.files, joined(host_.files, host_.files.current_folder(), argument));
   if (host_.files.list(joined(host_.files, folder, "*.*"), kReadOnly).empty()) host_.files.remove_folder(folder);
   return "";

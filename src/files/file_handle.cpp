@@ -105,7 +105,8 @@ std::string FileHandle::OpenFile(std::string& name, std::string& mode, bool conf
     if (writing && exists) return "";
     if (!writing && !exists) {
       message_box("File Not Found or user cancel");
-      echo({" - There is no file ", name});
+      const std::string place = location();
+      echo({" - There is no file ", name, place.empty() ? "" : ", wanted by ", place});
       return "";
     }
   }

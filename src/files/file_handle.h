@@ -121,6 +121,8 @@ class FileHandle {
   std::int32_t fPos();
   /// The same beyond the 32-bit range.
   std::int64_t position() { return current().position(); }
+  /// The file's length beyond that range, 0 while only the log is open.
+  std::int64_t length() { return level_ > kLogFile ? current().length() : 0; }
   std::int32_t fLen();
   bool ENDOF();
 
@@ -163,6 +165,7 @@ class FileHandle {
   bool look_up(std::string& name);
   void open_current(const std::string& name, const std::string& mode);
   void refuse_open_twice(const std::string& path, bool writing) const;
+  std::string quoted_name(const std::string& quoted) const;
   std::string short_form(const std::string& path, const std::string& name) const;
   void write_log(std::initializer_list<Piece> pieces);
   int lowest_free_number() const;

@@ -1,5 +1,8 @@
 #include "files/names.h"
 
+#include <algorithm>
+#include <functional>
+
 #include "base/numbers.h"
 #include "base/text.h"
 #include "script/token_walk.h"
@@ -13,28 +16,36 @@ bool is_escape(std::string_view text) {
   return text.size() >= 3 && text[0] == '%' && hex_digit(text[1]) >= 0 && hex_digit(text[2]) >= 0;
 }
 
-// What the tokenizer leaves of a name, letter case aside.
-std::string as_token(std::string_view name) {
-  std::string token = with_blanks(name);
-  normalize(token);
-  scrub(token);
-  make_lower(token);
-  return token;
+// What the tokenizer leaves of a name.
+std::string as_token(std::string name) {
+  normalize(name);
+  scrub(name);
+  make_lower(name);
+  return name;
+}
+
+// The one entry that a rule fits; nothing where none or several do, for then it might be the wrong file.
+std::optional<std::string> only_entry(const std::vector<Entry>& entries,
+                                      const std::function<bool(const Entry&)>& fits) {
+  const auto first = std::find_if(entries.begin(), entries.end(), fits);
+  if (first == entries.end() || std::find_if(first + 1, entries.end(), fits) != entries.end()) return {};
+  return first->name;
 }
 
 // The entry of `folder` that `part` means, or nothing.
 std::optional<std::string> entry_like(Files& files, const std::string& folder, std::string_view part) {
   const std::vector<Entry> entries = files.list(joined(files, folder, "*"), kEveryAttribute);
-  for (const Entry& entry : entries) {
-    if (same_text(entry.name, part)) return entry.name;
-  }
   const std::string written = with_blanks(part);
-  for (const Entry& entry : entries) {
-    if (same_text(entry.name, written)) return entry.name;
-  }
-  const std::string token = as_token(part);
-  for (const Entry& entry : entries) {
-    if (as_token(entry.name) == token) return entry.name;
+  const std::string token = as_token(written);
+  const std::string typed = lowered(part);
+  const std::function<bool(const Entry&)> rules[] = {
+      [&](const Entry& entry) { return entry.name == written; },
+      [&](const Entry& entry) { return same_text(entry.name, part); },
+      [&](const Entry& entry) { return same_text(entry.name, written); },
+      [&](const Entry& entry) { return as_token(entry.name) == token || as_token(entry.name) == typed; },
+  };
+  for (const auto& rule : rules) {
+    if (const std::optional<std::string> name = only_entry(entries, rule)) return name;
   }
   return {};
 }
@@ -60,7 +71,7 @@ std::string blank_free(std::string_view name) {
   std::string result;
   for (std::size_t i = 0; i < name.size(); ++i) {
     const char c = name[i];
-    const bool rewritten = c == '#' || (c == 'x' && i > 0 && name[i - 1] == '0');
+    const bool rewritten = c == '#' || (lower(c) == 'x' && result.ends_with('0'));
     if (c == ' ' || c == '\t' || c == '"' || rewritten || is_escape(name.substr(i))) {
       result += '%';
       result += hex_bytes(name.substr(i, 1));

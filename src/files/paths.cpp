@@ -102,23 +102,33 @@ bool FileHandle::ShrinkName(std::string& text) {
     const std::size_t close = open == std::string::npos ? open : text.find('"', open + 1);
     if (close == std::string::npos) return dropped;
     const std::string quoted = text.substr(open + 1, close - open - 1);
-    const std::string path = actual_path(host_.files, quoted);
-    const std::optional<Entry> exact = quoted.empty() ? std::nullopt : host_.files.find(path);
-    std::vector<Entry> matches;
-    if (!exact && !quoted.empty()) matches = host_.files.list(path, kReadOnly);
-    std::string short_name;
-    if (exact || !matches.empty()) {
-      // Only the bare name is put in, so a quoted path works while its folder is the current one. Kept as it is.
-      const std::string& name = exact ? exact->name : matches.front().name;
-      short_name = short_form(exact ? path : name, name);
-      const std::size_t separator = last_separator(short_name);
-      if (separator != std::string::npos) short_name.erase(0, separator + 1);
-    } else {
+    const std::string short_name = quoted_name(quoted);
+    if (short_name.empty()) {
       dropped = true;
-      echo_fault(cat({" - There is no file \"", quoted, "\""}));
+      echo_fault(cat({" - There is no file \"", quoted, "\" in the current folder"}));
     }
     text.replace(open, close - open + 1, short_name);
   }
+}
+
+// The short form, without a folder, of the first file that a quoted text names; empty when it names none. A bare name
+// can only stand for a file of the current folder: for one elsewhere it might hit a namesake.
+std::string FileHandle::quoted_name(const std::string& quoted) const {
+  if (quoted.empty()) return "";
+  const std::string path = actual_path(host_.files, quoted);
+  const std::size_t separator = last_separator(path);
+  const std::string here = host_.files.current_folder();
+  if (separator != std::string::npos) {
+    const std::string folder = folder_of(path, separator);
+    if (folder != "." && !same_text(folder, here)) return "";
+  }
+  std::optional<Entry> found = host_.files.find(path);
+  if (!found) {
+    const std::vector<Entry> matches = host_.files.list(path, kReadOnly);
+    if (matches.empty()) return "";
+    found = matches.front();
+  }
+  return short_form(found->name, found->name);
 }
 
 std::string FileHandle::shortenname(const std::string& name) {

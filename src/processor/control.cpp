@@ -69,6 +69,7 @@ void Control::report(std::string_view description, int number) {
   files.critical_box(text);
   files.echo(text);
   files.close_all();
+  files.lineno(0);  // where the console's own counter ran out, the next line counts anew
   running_ = false;
   definition_.clear();
   shared_.cmd_list.newcmd() = tCmd();
@@ -109,7 +110,12 @@ void Control::cut(const std::string& line, SmartString& statement) {
   // A text behind a code line is one more statement. A line that is comment as a whole holds none.
   const bool whole =
       !statement.vDirective().empty() && kWholeLineMarkers.find(statement.vDirective()) != std::string_view::npos;
-  if (whole || !statement.vComment().starts_with('=')) return;
+  const bool has_text = !whole && statement.vComment().starts_with('=');
+  constexpr int kLast = SmartString::kSlots - 1;
+  if (statement.last() + has_text > kLast || statement.values(kLast).find(';') != std::string::npos) {
+    raise(ErrorNumber::subscript_out_of_range, "a line holds at most sixteen statements");
+  }
+  if (!has_text) return;
   statement.count(cat({statement.last() + 1}));
   statement.values(statement.last(), statement.vComment());
 }
@@ -222,6 +228,7 @@ void Control::run_files() {
   std::string line;
   while (files.level() > outer) {
     if (files.ENDOF()) {
+      if (block_comment_) files.echo({" - A comment block is still open at the end of ", files.location()});
       files.closefile();
       continue;
     }

@@ -46,9 +46,13 @@ void Control::org(Directive& directive, std::string_view /*detail*/) {
     raise(ErrorNumber::subscript_out_of_range, cat({"buffer ", buffer, " cannot hold labels"}));
   }
   buffers.place_waiting_label();
+  const std::string name = directive.argument(1);
+  if (buffers.has_label(name, buffer)) {
+    raise(ErrorNumber::duplicate_key, cat({"the label ", name, " in buffer ", buffer}));
+  }
   buffers.default_buffer = buffer;
   buffers.inbuffer(buffer);
-  buffers.inname(directive.argument(1));
+  buffers.inname(name);
   shared_.file_handle.echo(" ");
   shared_.file_handle.echo({"#OFFSET: ", buffers.inname(), ", ", buffers.inbuffer()});
 }

@@ -13,6 +13,7 @@ namespace {
 // A report of Dos in lines: at line ends, and at the NUL characters between the entries of a listing, whose short names
 // are shown where they differ.
 void echo_report(FileHandle& files, std::string_view report) {
+  if (report == FileHandle::kFailedCommand) return files.echo_fault(report);
   while (!report.empty()) {
     const std::size_t end = std::min(report.find('\0'), report.find(kLineEnd));
     const std::string_view line = report.substr(0, end);
@@ -112,10 +113,10 @@ void Control::dos(Directive& directive, std::string_view command) {
 }
 
 void Control::file(Directive& directive, std::string_view /*detail*/) {
-  if (!directive.words.docount(1)) return;
   FileHandle& files = shared_.file_handle;
-  if (files.filename("fullpath", directive.argument(1))) return;
-  // Else the name would stand for a file of the folder that is still the current one, and a burn would go there.
+  // A file that cannot be set leaves none: a burn must not go to the one set before, nor to a namesake where we are.
+  if (directive.name_dropped) files.filename("filename", "");
+  if (!directive.words.docount(1) || files.filename("fullpath", directive.argument(1))) return;
   files.filename("filename", "");
   files.echo_fault(cat({" - There is no folder of ", directive.argument(1)}));
 }

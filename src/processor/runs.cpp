@@ -26,7 +26,7 @@ void Control::kapop(Directive& directive, std::string_view /*detail*/) {
   }
   if (name.empty()) name = files.filename("fullpath");
   std::string mode = "read";
-  if (files.OpenFile(name, mode).empty()) return;
+  if (files.OpenFile(name, mode).empty()) return files.echo_fault(" - Nothing is burned");
   if (!files.can_write()) raise(ErrorNumber::permission_denied, cat({name, " cannot be written"}));
   shared_.file_buffer.burnbuffer();
   files.closefile();

@@ -122,7 +122,7 @@ class Terminal(unittest.TestCase):
         self.assertEqual(self.read("My Game.bin"), bytes(32) + b"\x05\x01" + bytes(14))
         status, out, err = self.start("#boot;#include BASE\\INCLUDES.PSH; #file game.bin; #kapop \"my gone.bin\"")
         self.assertEqual(status, 1)
-        self.assertIn(' - There is no file "my gone.bin"\n', out)
+        self.assertIn(' - There is no file "my gone.bin" in the current folder\n', out)
         self.assertEqual(self.read("game.bin"), bytes(64))  # never burned in the place of the file that was named
 
     def test_images_that_cannot_be_written_stay(self):
@@ -145,6 +145,31 @@ class Terminal(unittest.TestCase):
             process.stdout.close()
             self.assertEqual(process.wait(60), 0)
         self.assertEqual(self.read("game.bin")[0x20:], b"\x05\x01" * 15000)
+
+    def test_nothing_burns_where_it_should_not(self):
+        os.mkdir(os.path.join(self.folder, "my backup"))
+        self.write("my backup/game.bin", bytes(64))
+        for line in ('#kapop "my backup/game.bin"', "#file gone/game.bin; #kapop", '#file game.bin; #file "no.bin"; #kapop',
+                     "#file game.bin; #file gone/game.bin; #kapop"):
+            with self.subTest(line=line):
+                self.assertEqual(self.start("#boot; #org a.0x8; walk 1; " + line)[0], 1)
+                self.assertEqual(self.read("game.bin") + self.read("my backup/game.bin"), bytes(128))
+        # Closed standard streams give their numbers to no file.
+        self.write("job.psc", "#boot\n#org a.0x10\njump 0x20\n#kapop game.bin\n")
+        command = f'exec "{PROGRAM}" --log-folder "{self.root}/log" -r job.psc "#do" <&- >&- 2>&-'
+        subprocess.run(["sh", "-c", command], cwd=self.folder, timeout=60, check=True)
+        self.assertEqual(self.read("game.bin"), bytes(16) + bytes.fromhex("0620000008") + bytes(43))
+
+    def test_names_that_a_line_would_change_reach_their_file(self):
+        for name in ("my xfile.bin", "a #1.bin", "10x20.bin", "two  blanks.bin"):
+            with self.subTest(name=name):
+                self.write(name, bytes(16))
+                self.assertEqual(self.start(f'#boot; #org a.0x8; walk 1; #kapop "{name}"')[0], 0)
+                self.assertEqual(self.read(name), bytes(8) + b"\x05\x01" + bytes(6))
+        self.write("g#1.bin", bytes(16))
+        self.write("g0x1.bin", bytes(16))
+        self.assertEqual(self.start("#boot; #org a.0x8; walk 1; #kapop g0x1.bin")[0], 1)  # either could be meant
+        self.assertEqual(self.read("g#1.bin") + self.read("g0x1.bin"), bytes(32))
 
     def test_a_log_that_cannot_be_opened_is_told(self):
         self.write("file", b"")

@@ -1,6 +1,7 @@
 #include "platform/native.h"
 
 #include <csignal>
+#include <fcntl.h>
 #include <unistd.h>
 
 #include "platform/posix/posix_host.h"
@@ -17,8 +18,13 @@ struct NativeMachine::Parts {
 };
 
 NativeMachine::NativeMachine(const char* command) : parts_(std::make_unique<Parts>(command)) {
-  // A reader of our output that goes away must not end the program in the middle of a burn.
+  // Neither a reader of our output that goes away nor a limit on file sizes may end the program inside a burn.
   std::signal(SIGPIPE, SIG_IGN);
+  std::signal(SIGXFSZ, SIG_IGN);
+  // A standard stream that was closed before the start would give its number, and then our output, to the first file.
+  int number = open("/dev/null", O_RDWR);
+  while (number >= 0 && number <= STDERR_FILENO) number = open("/dev/null", O_RDWR);
+  if (number > STDERR_FILENO) close(number);
 }
 
 NativeMachine::~NativeMachine() = default;
