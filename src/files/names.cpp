@@ -45,7 +45,7 @@ std::optional<std::string> entry_like(Files& files, const std::string& folder, s
       [&](const Entry& entry) { return as_token(entry.name) == token || as_token(entry.name) == typed; },
   };
   for (const auto& rule : rules) {
-    if (const std::optional<std::string> name = only_entry(entries, rule)) return name;
+    if (std::optional<std::string> name = only_entry(entries, rule)) return name;
   }
   return {};
 }

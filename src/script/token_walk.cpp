@@ -11,9 +11,12 @@ namespace tidewright {
 namespace {
 
 bool needs_scrub(std::string_view line) {
-  if (line.empty()) return false;
-  return line.front() == ' ' || line.back() == ' ' || line.find('\t') != std::string_view::npos ||
-         line.find("  ") != std::string_view::npos;
+  char previous = ' ';
+  for (const char c : line) {
+    if (c <= ' ' && (c == '\t' || (c == ' ' && previous == ' '))) return true;
+    previous = c;
+  }
+  return previous == ' ' && !line.empty();
 }
 
 // By character code: whether lower-casing or normalising a token may change it where this character stands.
