@@ -178,7 +178,7 @@ void FileBuffer::tell_unwritten(int buffer) {
   const std::size_t unwritten =
       labels.count() == 0 ? bytes(buffer).size() : static_cast<std::size_t>(labels.at(1).Offset);
   if (unwritten == 0) return;
-  files_->echo(cat({" - ", unwritten, " bytes before the first label of buffer ", buffer, " are not written"}));
+  files_->echo({" - ", unwritten, " bytes before the first label of buffer ", buffer, " are not written"});
 }
 
 }  // namespace tidewright

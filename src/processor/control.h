@@ -134,11 +134,13 @@ class Control {
   std::string pending_text_;
   std::string definition_;  // "addcmmd" or "alias" while one is being collected
 
-  bool guarded_ = false;      // inside the outermost line
-  bool running_ = false;      // the file-line runner is at work
-  std::string trimmed_line_;  // of KaCode and of a code line: kept for their memory only
-  std::string code_;
+  bool guarded_ = false;          // inside the outermost line
+  bool running_ = false;          // the file-line runner is at work
   std::string failed_statement_;  // where an error is on its way out
+
+  // The texts of one KaCode and one code line; members only to keep their memory.
+  std::string trimmed_line_;
+  std::string code_;
 };
 
 }  // namespace tidewright
