@@ -11,6 +11,7 @@ need g++ g++
 need clang++ clang
 need as binutils
 need python3 python3
+need xxd xxd
 need_file '/usr/lib/llvm-*/lib/clang/*/lib/linux/libclang_rt.asan-*.a' 'libclang-rt-dev'
 need_file '/usr/include/gtest/gtest.h' libgtest-dev
 
