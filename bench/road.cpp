@@ -34,8 +34,8 @@ std::string_view code(int i) {
 std::unique_ptr<Session> session_with_database() {
   auto session = std::make_unique<Session>();
   session->console.Visible(false);
-  session->machine.add_file("/work/commands.psh", kDatabase);
-  session->machine.add_file("/work/game.bin", "");
+  session->machine.add_file("/desk/commands.psh", kDatabase);
+  session->machine.add_file("/desk/game.bin", "");
   session->run("#include commands.psh");
   return session;
 }

@@ -49,9 +49,10 @@ class CmdList {
   /// says why.
   std::string encode(std::string& code, std::string& extra, std::int16_t lineno);
 
-  /// Resolves the specification `spec` of a parameter, "mask(..)", "select(..)", "bind(..)name" or a plain text, for
-  /// the script value `value`, which is rewritten. `spec` becomes the word before the bracket. Returns the position of
-  /// the command that a bind binds to, 0 for none. Raises InvalidCall for a bind to a name that is not there.
+  /// Resolves `spec`, what a parameter's description asks for: "mask(..)", "select(..)", "bind(..)name" or a plain
+  /// text, for the script value `value`, which is rewritten. `spec` becomes the word before the bracket. Returns the
+  /// position of the command that a bind binds to, 0 for none. Raises InvalidCall for a bind to a name that is not
+  /// there.
   std::int16_t resolveparm(std::string& spec, std::string& value) const;
 
  private:

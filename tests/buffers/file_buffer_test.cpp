@@ -22,7 +22,7 @@ class FileBufferTest : public testing::Test {
 
   /// Burns into game.bin, which holds `size` bytes "."; the file afterwards.
   std::string burned(std::size_t size = 0) {
-    session.machine.add_file("/work/game.bin", std::string(size, '.'));
+    session.machine.add_file("/desk/game.bin", std::string(size, '.'));
     return burned_again();
   }
   std::string burned_again() {
@@ -31,7 +31,7 @@ class FileBufferTest : public testing::Test {
     session.shared->file_handle.OpenFile(name, mode);
     buffers.burnbuffer();
     session.shared->file_handle.close_all();
-    return session.machine.bytes("/work/game.bin");
+    return session.machine.bytes("/desk/game.bin");
   }
 
   /// The console lines since the last call that hold `word`, joined by "~".
@@ -255,15 +255,15 @@ TEST_F(FileBufferTest, TellsEachStepThatFails) {
            {"full at d", [&] { machine.disk_full_after(14); }, whole.substr(0, 32) + "de..", "d"},
            {"full at c", [&] { machine.disk_full_after(8); }, "12345678" + std::string(28, '.'), "cd"},
            {"full at b", [&] { machine.disk_full_after(4); }, "1234" + std::string(32, '.'), "bcd"},
-           {"read-only", [&] { machine.set_attributes("/work/game.bin", kReadOnly); }, std::string(36, '.'), "abcd"}}) {
+           {"read-only", [&] { machine.set_attributes("/desk/game.bin", kReadOnly); }, std::string(36, '.'), "abcd"}}) {
     SCOPED_TRACE(c.what);
-    machine.add_file("/work/game.bin", std::string(36, '.'));
+    machine.add_file("/desk/game.bin", std::string(36, '.'));
     told();
     c.fault();
     EXPECT_EQ(error_of([&] { burned_again(); }), 0);
     machine.disk_full_after({});
     machine.short_writes({});
-    EXPECT_EQ(machine.bytes("/work/game.bin"), c.image);
+    EXPECT_EQ(machine.bytes("/desk/game.bin"), c.image);
     const std::string lines = told("Skipped label ");
     std::string labels;
     for (std::size_t at = 0; (at = lines.find("Skipped label ", at)) != std::string::npos; ++at)

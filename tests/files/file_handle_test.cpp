@@ -18,7 +18,7 @@ class FileHandleTest : public testing::TestWithParam<Style> {
  protected:
   bool windows() const { return GetParam() == Style::windows; }
 
-  /// "/work/a" in the machine's own form.
+  /// "/desk/a" in the machine's own form.
   std::string own(std::string path) const {
     if (!windows()) return path;
     replace_all(path, "/", "\\");
@@ -54,8 +54,8 @@ INSTANTIATE_TEST_SUITE_P(Machines, FileHandleTest, testing::Values(Style::posix,
 // ---- messages ----
 
 TEST_P(FileHandleTest, LogMarksTheNestingAndCountsTheLevelAbove) {
-  add("/work/a.txt", "1\r\n2");
-  add("/work/b.txt", "1\r\n2\r\n3");
+  add("/desk/a.txt", "1\r\n2");
+  add("/desk/b.txt", "1\r\n2\r\n3");
   files.echo("");
   files.echo(" ");
   files.echo("ab", true);
@@ -119,7 +119,7 @@ TEST_P(FileHandleTest, ReadsAndWritesFieldsByType) {
                                                    {"block:3", "x\0z"s, "x\0z"s},
                                                    {"line", "a b", "a b\r\n"}}) {
     SCOPED_TRACE(c.type);
-    machine.files().add_file(own("/work/f.bin"), "");
+    machine.files().add_file(own("/desk/f.bin"), "");
     open("f.bin", "read");
     files.putdata(c.type, c.value);
     EXPECT_EQ(files.lineno(), 0);
@@ -128,12 +128,12 @@ TEST_P(FileHandleTest, ReadsAndWritesFieldsByType) {
     EXPECT_EQ(files.lineno(), 1);
     EXPECT_TRUE(files.ENDOF());
     files.closefile();
-    EXPECT_EQ(content("/work/f.bin"), c.bytes);
+    EXPECT_EQ(content("/desk/f.bin"), c.bytes);
   }
 }
 
 TEST_P(FileHandleTest, RefusesWhatAFieldCannotHold) {
-  add("/work/f.bin", "");
+  add("/desk/f.bin", "");
   open("f.bin", "read");
   const auto put = [&](std::string_view type, const FieldValue& value) {
     return error_of([&] { files.putdata(type, value); });
@@ -149,7 +149,7 @@ TEST_P(FileHandleTest, RefusesWhatAFieldCannotHold) {
 }
 
 TEST_P(FileHandleTest, ReadsBeyondTheEndAsZeros) {
-  add("/work/f.bin", "\x05\x01\x02");
+  add("/desk/f.bin", "\x05\x01\x02");
   open("f.bin", "read");
   files.SeekData(1);
   EXPECT_EQ(files.getdata("long"), FieldValue(513.0));
@@ -175,13 +175,13 @@ TEST_P(FileHandleTest, ReadsBeyondTheEndAsZeros) {
 }
 
 TEST_P(FileHandleTest, ReadsLinesOfEveryKindAndFreeFields) {
-  add("/work/lines.txt", "a\r\nb\nc\rd\r\r\n\n e ");
+  add("/desk/lines.txt", "a\r\nb\nc\rd\r\r\n\n e ");
   open("lines.txt", "input");
   std::string all;
   while (!files.ENDOF()) all += std::get<std::string>(files.getdata("line")) + "|";
   EXPECT_EQ(all, "a|b|c|d||| e |");
   EXPECT_EQ(files.lineno(), 7);
-  add("/work/fields.txt", "  12, two words ,\"a,b\" \r\n-1.5,,last");
+  add("/desk/fields.txt", "  12, two words ,\"a,b\" \r\n-1.5,,last");
   open("fields.txt", "input");
   for (const FieldValue& field : {FieldValue(12.0), FieldValue("two words "), FieldValue("a,b"), FieldValue(-1.5),
                                   FieldValue(""), FieldValue("last")}) {
@@ -193,7 +193,7 @@ TEST_P(FileHandleTest, ReadsLinesOfEveryKindAndFreeFields) {
 // Random seeks, reads and writes, done to a file and to a text, across the borders of what is buffered.
 TEST_P(FileHandleTest, PatchesInPlaceAsATextIsPatched) {
   std::string text(70000, 'x');
-  add("/work/f.bin", text);
+  add("/desk/f.bin", text);
   machine.short_writes(1000);
   open("f.bin", "read");
   std::mt19937 random(3);
@@ -219,20 +219,20 @@ TEST_P(FileHandleTest, PatchesInPlaceAsATextIsPatched) {
     ASSERT_EQ(files.fLen(), static_cast<std::int32_t>(text.size())) << step;
   }
   files.closefile();
-  EXPECT_EQ(content("/work/f.bin"), text);
+  EXPECT_EQ(content("/desk/f.bin"), text);
 }
 
 // ---- opening ----
 
 TEST_P(FileHandleTest, DeletesAnExistingFileOnlyWithConsent) {
-  add("/work/old.txt", "old");
+  add("/desk/old.txt", "old");
   EXPECT_EQ(open("old.txt", "output"), "");
   user.yes_no_answers = {false, true};
   EXPECT_EQ(open("old.txt", "Write", true), "");
-  EXPECT_EQ(content("/work/old.txt"), "old");
+  EXPECT_EQ(content("/desk/old.txt"), "old");
   EXPECT_EQ(files.level(), 1);
   EXPECT_EQ(open("old.txt", "old:output", true), "old.txt");
-  EXPECT_EQ(content("/work/old.txt"), "");
+  EXPECT_EQ(content("/desk/old.txt"), "");
   ASSERT_EQ(user.boxes.size(), 2U);
   EXPECT_EQ(user.boxes[1].title + "/" + user.boxes[1].text, "Delete File/File Exists. Delete?");
 
@@ -254,10 +254,10 @@ TEST_P(FileHandleTest, OpensNothingWithoutAFile) {
   EXPECT_EQ(user.boxes.at(1).title, "Open file ....");
   EXPECT_EQ(user.boxes.at(2).title, "Save file ....");
   EXPECT_EQ(user.boxes.at(2).kind, MemoryBox::Kind::save_file);
-  add("/work/a.txt", "line");
-  machine.deny(own("/work/a.txt"));
+  add("/desk/a.txt", "line");
+  machine.deny(own("/desk/a.txt"));
   EXPECT_EQ(error_of([&] { open("a.txt", "input"); }), 70);
-  machine.deny(own("/work/a.txt"), false);
+  machine.deny(own("/desk/a.txt"), false);
   EXPECT_EQ(files.level(), 1);
   user.file_answers = {"a.txt"};
   EXPECT_EQ(open("", "input"), "a.txt");
@@ -269,7 +269,7 @@ TEST_P(FileHandleTest, OpensNothingWithoutAFile) {
 }
 
 TEST_P(FileHandleTest, NestsFifteenDataFiles) {
-  add("/work/a.txt");
+  add("/desk/a.txt");
   for (int level = 2; level <= 16; ++level) open("a.txt", "input");
   EXPECT_EQ(error_of([&] { open("a.txt", "input"); }), 9);
   EXPECT_EQ(files.level(), 16);
@@ -280,14 +280,14 @@ TEST_P(FileHandleTest, NestsFifteenDataFiles) {
 }
 
 TEST_P(FileHandleTest, FindsNamesAsTheyAreMeant) {
-  add("/work/Sub/Data.TXT");
-  add("/work/one.cfg");
+  add("/desk/Sub/Data.TXT");
+  add("/desk/one.cfg");
   add("/tidewright/base/more.psh");
   const std::string shipped = own("/tidewright/");
   for (const auto& [name, found] : Rows{{own("Sub/data.txt"), own("Sub/Data.TXT")},
                                         {"sub\\DATA.txt", "sub\\Data.TXT"},
                                         {"sub/data.txt", "sub/Data.TXT"},
-                                        {own("/work/SUB/*.txt"), own("/work/SUB/Data.TXT")},
+                                        {own("/desk/SUB/*.txt"), own("/desk/SUB/Data.TXT")},
                                         {"o?e.*", "one.cfg"},
                                         {"Base\\More.psh", shipped + "Base\\more.psh"},
                                         {"Sub", ""},
@@ -300,20 +300,20 @@ TEST_P(FileHandleTest, FindsNamesAsTheyAreMeant) {
 // ---- names ----
 
 TEST_P(FileHandleTest, TakesTheCurrentFileApart) {
-  add("/work/sub.d/x");
+  add("/desk/sub.d/x");
   EXPECT_EQ(files.filename("fullpath") + files.filename("FULLNAME") + files.filename("name"), "");
-  const std::string root = own("/work/");
-  const std::string sub = own("/work/sub.d/");
+  const std::string root = own("/desk/");
+  const std::string sub = own("/desk/sub.d/");
   // What is written, and "full path|name|extension" after it.
   for (const auto& [text, wanted] : Rows{{"game.bin", root + "game.bin|game|bin"},
-                                         {own("/work/sub.d/a.b.bin"), sub + "a.b.bin|a.b|bin"},
+                                         {own("/desk/sub.d/a.b.bin"), sub + "a.b.bin|a.b|bin"},
                                          {own("sub.d/game.bin"), sub + "game.bin|game|bin"},
                                          {own("sub.d/game"), sub + "gam.|gam|"},
                                          {"game.", root + "game.|game|"},
                                          {".bin", "||bin"},
                                          {own("none/a.bin"), root + "a.bin|a|bin"},
-                                         {own("/work"), "||old"}}) {
-    files.filename("path", own("/work"));
+                                         {own("/desk"), "||old"}}) {
+    files.filename("path", own("/desk"));
     files.filename("ext", "old");
     files.filename("FullPath", text);
     EXPECT_EQ(files.filename("fullname") + "|" + files.filename("file") + "|" + files.filename("extension"), wanted);
@@ -328,12 +328,12 @@ TEST_P(FileHandleTest, TakesTheCurrentFileApart) {
 }
 
 TEST_P(FileHandleTest, ShrinksQuotedNames) {
-  add("/work/my file.bin");
-  add("/work/sub/other file.bin");
+  add("/desk/my file.bin");
+  add("/desk/sub/other file.bin");
   const std::string shrunk = windows() ? "MYFILE~1.BIN" : "my%20file.bin";
   for (const auto& [text, wanted] : Rows{{"file \"my file.bin\"", "file " + shrunk},
                                          {"x \"my file.bin\" \"MY*.bin\" 3", "x " + shrunk + " " + shrunk + " 3"},
-                                         {"x \"" + own("/work/my file.bin") + "\"", "x " + shrunk},
+                                         {"x \"" + own("/desk/my file.bin") + "\"", "x " + shrunk},
                                          {"x \"no file.bin\" 3", "x  3"},
                                          {"x \"my file.bin", "x \"my file.bin"}}) {
     std::string shrinking = text;
@@ -350,7 +350,7 @@ TEST_P(FileHandleTest, QuotedNamesReachTheirFile) {
   const std::string names[] = {"my file.psc",     "my%20file.psc", "My Other File.psc", "a#1 b.psc", "a 0x1.psc",
                                "two  blanks.psc", "50%41 z.psc",   "x &h1 y.psc",       "plain.psc"};
   std::string all;
-  for (std::size_t i = 0; i < std::size(names); ++i) add("/work/" + names[i], cat({"=<", i, ">"}));
+  for (std::size_t i = 0; i < std::size(names); ++i) add("/desk/" + names[i], cat({"=<", i, ">"}));
   for (std::size_t i = 0; i < std::size(names); ++i) {
     session.run("#include \"" + names[i] + "\"");
     all += cat({"<", i, ">"});
@@ -361,25 +361,25 @@ TEST_P(FileHandleTest, QuotedNamesReachTheirFile) {
 // ---- the file-system commands ----
 
 TEST_P(FileHandleTest, ListsFolders) {
-  add("/work/b b.txt");
-  add("/work/sub/c.txt");
-  add("/work/sub/b b.txt");
+  add("/desk/b b.txt");
+  add("/desk/sub/c.txt");
+  add("/desk/sub/b b.txt");
   const std::string shrunk = windows() ? "bb~1.txt" : "b%20b.txt";
   std::string pattern;
   std::string report = files.Dos("DIR", pattern);
-  EXPECT_EQ(report, ">>" + own("/work") + "\r\nb b.txt\t" + shrunk + "\0sub\tsub\0"s);
-  EXPECT_EQ(pattern, own("/work/*.*"));
-  EXPECT_EQ(dos("dir", own("sub/*.txt")), ">>" + own("/work") + "\r\nb b.txt\t" + shrunk + "~c.txt\t~")
+  EXPECT_EQ(report, ">>" + own("/desk") + "\r\nb b.txt\t" + shrunk + "\0sub\tsub\0"s);
+  EXPECT_EQ(pattern, own("/desk/*.*"));
+  EXPECT_EQ(dos("dir", own("sub/*.txt")), ">>" + own("/desk") + "\r\nb b.txt\t" + shrunk + "~c.txt\t~")
       << "short forms are those of the current folder";
-  EXPECT_EQ(dos("dir", "none"), ">>" + own("/work") + "\r\n");
+  EXPECT_EQ(dos("dir", "none"), ">>" + own("/desk") + "\r\n");
 }
 
 TEST_P(FileHandleTest, CarriesOutFileSystemCommands) {
   const std::string refused = "Invalid path or filename";
-  for (const char* path : {"a.txt", "b.txt", "sub/a.txt", "sub/c.txt", "locked.one"}) add("/work/"s + path);
-  machine.add_folder(own("/work/empty"));
-  machine.add_folder(own("/work/outer/inner"));
-  machine.deny(own("/work/locked.one"));
+  for (const char* path : {"a.txt", "b.txt", "sub/a.txt", "sub/c.txt", "locked.one"}) add("/desk/"s + path);
+  machine.add_folder(own("/desk/empty"));
+  machine.add_folder(own("/desk/outer/inner"));
+  machine.deny(own("/desk/locked.one"));
   struct Case {
     std::string command, argument, report, gone;
   };
@@ -395,20 +395,20 @@ TEST_P(FileHandleTest, CarriesOutFileSystemCommands) {
                                    {"delete", "*.one", refused, ""},
                                    {"del", "b.txt", "", ""},
                                    {"cd", "none", refused, ""},
-                                   {"cd", "sub", own("/work/sub"), ""},
+                                   {"cd", "sub", own("/desk/sub"), ""},
                                    {"Delete", "*.txt", "Deleted a.txt\r\nDeleted c.txt\r\n", "sub/a.txt"},
-                                   {"ChDir", "..", own("/work"), ""}}) {
+                                   {"ChDir", "..", own("/desk"), ""}}) {
     EXPECT_EQ(dos(c.command, c.argument), c.report) << c.command << " " << c.argument;
-    EXPECT_TRUE(c.gone.empty() || !machine.exists(own("/work/" + c.gone))) << c.command;
+    EXPECT_TRUE(c.gone.empty() || !machine.exists(own("/desk/" + c.gone))) << c.command;
   }
-  for (const char* kept : {"b.txt", "sub", "outer", "locked.one"}) EXPECT_TRUE(machine.exists(own("/work/"s + kept)));
+  for (const char* kept : {"b.txt", "sub", "outer", "locked.one"}) EXPECT_TRUE(machine.exists(own("/desk/"s + kept)));
   EXPECT_EQ(dos("shell", "b.txt"), "");
   EXPECT_EQ(machine.desktop().opened, std::vector<std::string>{"b.txt"});
   if (!windows()) return;
   machine.add_folder("D:\\data");
   EXPECT_EQ(dos("cd", "d:\\data"), "D:\\data");
   EXPECT_EQ(dos("cd", "z:\\data"), refused);
-  EXPECT_EQ(dos("cd", "c:"), "C:\\work");
+  EXPECT_EQ(dos("cd", "c:"), "C:\\desk");
 }
 
 }  // namespace

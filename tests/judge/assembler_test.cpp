@@ -501,11 +501,11 @@ std::string read_file(const fs::path& path) {
 std::string burned(const Program& program) {
   Session session;
   session.console.Visible(false);
-  for (const auto& [name, text] : program.scripts) session.machine.add_file("/work/" + name, text);
-  session.machine.add_file("/work/game.bin", std::string(static_cast<std::size_t>(program.image_length), program.fill));
+  for (const auto& [name, text] : program.scripts) session.machine.add_file("/desk/" + name, text);
+  session.machine.add_file("/desk/game.bin", std::string(static_cast<std::size_t>(program.image_length), program.fill));
   session.run("#include main.psc");
   EXPECT_FALSE(session.shared->file_handle.troubled()) << session.log();
-  return session.machine.bytes("/work/game.bin");
+  return session.machine.bytes("/desk/game.bin");
 }
 
 TEST(Assembler, GivesTheSameImages) {

@@ -363,7 +363,7 @@ TEST(WindowsPaths, MeanTheSameFile) {
   machine.add_file("C:\\My Folder\\my game.bin", "game");
   machine.add_file("D:\\data\\d.bin", "other drive");
   files.change_folder("D:\\data");
-  EXPECT_EQ(files.current_folder(), "C:\\work") << "another drive's folder changes, not the drive";
+  EXPECT_EQ(files.current_folder(), "C:\\desk") << "another drive's folder changes, not the drive";
   struct Case {
     std::string path, content;
   };
@@ -385,7 +385,7 @@ TEST(WindowsPaths, MeanTheSameFile) {
 
   files.change_drive('d');
   EXPECT_EQ(files.current_folder(), "D:\\data");
-  EXPECT_EQ(error_of([&] { files.remove_folder("C:\\work"); }), 75) << "the current folder of C:";
+  EXPECT_EQ(error_of([&] { files.remove_folder("C:\\desk"); }), 75) << "the current folder of C:";
   EXPECT_EQ(error_of([&] { files.change_drive('E'); }), 68);
   EXPECT_EQ(error_of([&] { files.open("E:\\x", Access::create); }, "E:\\x"), 76);
   EXPECT_EQ(error_of([&] { files.change_folder("E:"); }), 76);
@@ -434,7 +434,7 @@ TEST(MemoryFaults, StandUntilSwitchedOff) {
   machine.short_writes(std::nullopt);
   machine.disk_full_after(std::nullopt);
   EXPECT_EQ(file->write("efgh"), 4U);
-  EXPECT_EQ(machine.bytes("/work/a") + machine.bytes("b"), "abcdefghx");
+  EXPECT_EQ(machine.bytes("/desk/a") + machine.bytes("b"), "abcdefghx");
 
   machine.fail_reads("a");
   file->seek(0);
@@ -449,12 +449,12 @@ TEST(MemoryFaults, StandUntilSwitchedOff) {
   machine.deny_writing("a", false);
 
   const std::vector<std::function<void()>> actions{
-      [&] { files.open("/work/sub/x", Access::create); }, [&] { files.remove_file("sub/x"); },
+      [&] { files.open("/desk/sub/x", Access::create); }, [&] { files.remove_file("sub/x"); },
       [&] { files.make_folder("sub/y"); }, [&] { files.remove_folder("sub/y"); }, [&] { files.list("sub/*", 0); }};
   machine.add_folder("sub");
   machine.deny("sub");
   for (const auto& action : actions) EXPECT_EQ(error_of(action, "sub"), 70);
-  machine.deny("/work/sub", false);
+  machine.deny("/desk/sub", false);
   for (const auto& action : actions) EXPECT_EQ(error_of(action), kNoError);
 
   machine.set_attributes("a", kReadOnly);
@@ -484,12 +484,12 @@ TEST(MemoryMachine, AnswersFromItsQueues) {
   User& user = machine.host().user;
   machine.user().yes_no_answers = {true};
   machine.user().input_answers = {"first", "second"};
-  machine.user().file_answers = {"/work/a"};
+  machine.user().file_answers = {"/desk/a"};
   EXPECT_TRUE(user.yes_no_box("sure?", "Title"));
   EXPECT_FALSE(user.yes_no_box("sure?", "Title"));
   EXPECT_EQ(user.input_box("name", "Title"), "first");
   EXPECT_EQ(user.input_box("name", "Title"), "second");
-  EXPECT_EQ(user.file_box("Save", true), "/work/a");
+  EXPECT_EQ(user.file_box("Save", true), "/desk/a");
   EXPECT_EQ(user.file_box("Open", false), "");
   ASSERT_EQ(machine.user().boxes.size(), 6U);
   EXPECT_EQ(machine.user().boxes[0].text + machine.user().boxes[0].title, "sure?Title");

@@ -11,7 +11,7 @@ using Style = MemoryMachine::Style;
 
 class ControlTest : public testing::Test {
  protected:
-  void add(const std::string& name, const std::string& text) { session.machine.add_file("/work/" + name, text); }
+  void add(const std::string& name, const std::string& text) { session.machine.add_file("/desk/" + name, text); }
 
   Session session;
   FileHandle& files = session.shared->file_handle;
@@ -90,7 +90,7 @@ TEST_F(ControlTest, LineNumbersRunOutWhereTheyAreSixteenBit) {
 TEST_F(ControlTest, LabelsWaitForTheirFirstByteAndAreNeverLost) {
   session.run("#org a; #org b 2; nothing; #01 02; #org c 2; #org end 2");
   EXPECT_EQ(session.bytes(2), "\x01\x02");
-  session.machine.add_file("/work/game.bin", "");
+  session.machine.add_file("/desk/game.bin", "");
   session.run("#kapop game.bin");
   EXPECT_EQ(buffers.count(0), 1);
   EXPECT_EQ(buffers.count(2), 3);
@@ -101,11 +101,11 @@ TEST_F(ControlTest, LabelsWaitForTheirFirstByteAndAreNeverLost) {
 
 TEST(ControlOnWindows, ComposesPathsInItsOwnForm) {
   Session session(Style::windows);
-  session.machine.add_file("C:\\work\\My Game\\includes.psh", "#addcmmd walk 5\n#do");
+  session.machine.add_file("C:\\desk\\My Game\\includes.psh", "#addcmmd walk 5\n#do");
   session.run("#boot \"My Game\"; #org a.0x2; walk");
-  session.machine.add_file("C:\\work\\my image.bin", "....");
+  session.machine.add_file("C:\\desk\\my image.bin", "....");
   session.run("#file \"my image.bin\"; #kapop");
-  EXPECT_EQ(session.machine.bytes("C:\\work\\my image.bin"), "..\x05.");
+  EXPECT_EQ(session.machine.bytes("C:\\desk\\my image.bin"), "..\x05.");
   EXPECT_TRUE(session.machine.user().boxes.empty());
 }
 

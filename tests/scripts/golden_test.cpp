@@ -96,9 +96,9 @@ TEST_P(Golden, ComesOutAsTheCaseSays) {
   for (const auto& entry : fs::recursive_directory_iterator(folder)) {
     const std::string extension = entry.path().extension().string();
     if (extension != ".psc" && extension != ".psh") continue;
-    session.machine.add_file("/work/" + fs::relative(entry.path(), folder).generic_string(), read_file(entry.path()));
+    session.machine.add_file("/desk/" + fs::relative(entry.path(), folder).generic_string(), read_file(entry.path()));
   }
-  session.machine.add_file("/work/game.bin", from_hex(read_file(folder / "before.hex")));
+  session.machine.add_file("/desk/game.bin", from_hex(read_file(folder / "before.hex")));
   for (const std::string& answer : lines_of(read_file(folder / "answers.txt"))) {
     session.machine.user().input_answers.push_back(answer);
   }
@@ -118,7 +118,7 @@ TEST_P(Golden, ComesOutAsTheCaseSays) {
     log += readable(whole_log.substr(at, end - at));
     at = end + 2;
   }
-  expect_or_write(folder / "image.hex", to_hex(session.machine.bytes("/work/game.bin")), true);
+  expect_or_write(folder / "image.hex", to_hex(session.machine.bytes("/desk/game.bin")), true);
   expect_or_write(folder / "console.txt", console, true);
   expect_or_write(folder / "boxes.txt", boxes, false);
   if (fs::exists(folder / "log.txt")) expect_or_write(folder / "log.txt", log, true);

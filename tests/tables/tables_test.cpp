@@ -143,7 +143,7 @@ TEST(TextTableTest, TextIsTheInverseOfBytesAlsoInAScript) {
         all += bytes;
       }
     }
-    session.machine.add_file("/work/texts.psc", script);
+    session.machine.add_file("/desk/texts.psc", script);
     session.shared->file_buffer.buffer(0, {});
     session.run("#include texts.psc");
     ASSERT_EQ(hex_bytes(session.bytes(0)), hex_bytes(all)) << "with" << entries;

@@ -123,8 +123,8 @@ MemoryFiles::MemoryFiles(PathStyle style) : windows_(style == PathStyle::windows
   } else {
     insert("/", kDirectory);
   }
-  for (const std::string name : {"work", "tidewright"}) insert(join(root(drive_), name), kDirectory);
-  current_[drive_] = join(root(drive_), "work");
+  for (const std::string name : {"desk", "tidewright"}) insert(join(root(drive_), name), kDirectory);
+  current_[drive_] = join(root(drive_), "desk");
 }
 
 // Paths

@@ -167,8 +167,8 @@ class MemoryUser final : public User {
   void show(MemoryBox::Kind kind, const std::string& title, const std::string& text);
 };
 
-/// The machine: all five interfaces, and what a test wants to prepare, break and look at. posix starts in "/work";
-/// windows has the drives C: and D: and starts in "C:\\work". The program's folder is there.
+/// The machine: all five interfaces, and what a test wants to prepare, break and look at. posix starts in "/desk";
+/// windows has the drives C: and D: and starts in "C:\\desk". The program's folder is there.
 class MemoryMachine {
  public:
   using Style = PathStyle;
