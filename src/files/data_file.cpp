@@ -7,8 +7,12 @@
 
 namespace tidewright {
 
-DataFile::DataFile(std::unique_ptr<File> file, std::string name, bool readable, bool writable)
-    : file_(std::move(file)), name_(std::move(name)), readable_(readable), writable_(writable) {}
+DataFile::DataFile(std::unique_ptr<File> file, std::string name, std::string whole_path, bool readable, bool writable)
+    : file_(std::move(file)),
+      name_(std::move(name)),
+      whole_path_(std::move(whole_path)),
+      readable_(readable),
+      writable_(writable) {}
 
 // Makes at least one byte readable; false at the end of the file.
 bool DataFile::fill() {

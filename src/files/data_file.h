@@ -16,9 +16,10 @@ namespace tidewright {
 /// fails, so that nothing is ever written twice, and the position is then behind the last byte that arrived.
 class DataFile {
  public:
-  DataFile(std::unique_ptr<File> file, std::string name, bool readable, bool writable);
+  DataFile(std::unique_ptr<File> file, std::string name, std::string whole_path, bool readable, bool writable);
 
   const std::string& name() const { return name_; }
+  const std::string& whole_path() const { return whole_path_; }
   bool writable() const { return writable_; }
 
   /// Physical text lines read so far: the number of the line last read, 1-based.
@@ -59,6 +60,7 @@ class DataFile {
 
   std::unique_ptr<File> file_;
   std::string name_;
+  std::string whole_path_;
   bool readable_;
   bool writable_;
   std::int32_t lines_read_ = 0;

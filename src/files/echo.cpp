@@ -30,7 +30,8 @@ FileHandle::FileHandle(const Host& host, const std::string& log_folder) : host_(
   const std::tm now = host_.clock.now();
   const std::string path =
       joined(host_.files, log_folder, cat({"[", formatted(now, "%Y%m%d-%H%M"), "]", host_.program.name(), ".log"}));
-  files_[kLogFile].emplace(host_.files.open(path, Access::create), path, false, true);
+  std::unique_ptr<File> log = host_.files.open(path, Access::create);
+  files_[kLogFile].emplace(std::move(log), path, host_.files.whole_path(path), false, true);
   echo({"Logging started", formatted(now, "%Y-%m-%d %H:%M:%S"), kLineEnd});
   ++level_;
 }

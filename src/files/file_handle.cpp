@@ -132,30 +132,31 @@ void FileHandle::open_current(const std::string& name, const std::string& mode) 
   const std::string path = actual_path(host_.files, name);
   refuse_open_twice(path, mode != "input");
   std::optional<DataFile>& slot = files_[static_cast<std::size_t>(level_)];
+  const auto open_as = [&](Access access, bool readable, bool writable) {
+    std::unique_ptr<File> file = host_.files.open(path, access);
+    slot.emplace(std::move(file), path, host_.files.whole_path(path), readable, writable);
+  };
   if (mode == "input") {
-    slot.emplace(host_.files.open(path, Access::read), path, true, false);
+    open_as(Access::read, true, false);
   } else if (mode == "output") {
-    slot.emplace(host_.files.open(path, Access::create), path, false, true);
+    open_as(Access::create, false, true);
   } else {
     try {
-      slot.emplace(host_.files.open(path, Access::update), path, true, true);
+      open_as(Access::update, true, true);
     } catch (const RuntimeError& error) {
       if (error.number != ErrorNumber::permission_denied) throw;
       // What may only be read can still be decoded; writing to it raises the error then.
-      slot.emplace(host_.files.open(path, Access::read), path, true, false);
+      open_as(Access::read, true, false);
     }
   }
 }
 
 void FileHandle::refuse_open_twice(const std::string& path, bool writing) const {
-  const std::string here = host_.files.current_folder();
-  const auto whole = [&](const std::string& name) {
-    return is_absolute(name) ? name : joined(host_.files, here, name);
-  };
   for (std::size_t number = kLogFile; number <= kLastFile; ++number) {
     const std::optional<DataFile>& file = files_[number];
-    if (file && whole(file->name()) == whole(path) && (writing || file->writable()))
+    if (file && file->whole_path() == host_.files.whole_path(path) && (writing || file->writable())) {
       raise(ErrorNumber::file_already_open, path);
+    }
   }
 }
 

@@ -117,10 +117,9 @@ std::string FileHandle::quoted_name(const std::string& quoted) const {
   if (quoted.empty()) return "";
   const std::string path = actual_path(host_.files, quoted);
   const std::size_t separator = last_separator(path);
-  const std::string here = host_.files.current_folder();
   if (separator != std::string::npos) {
-    const std::string folder = folder_of(path, separator);
-    if (folder != "." && !same_text(folder, here)) return "";
+    const std::string folder = host_.files.whole_path(folder_of(path, separator));
+    if (folder != host_.files.whole_path(host_.files.current_folder())) return "";
   }
   std::optional<Entry> found = host_.files.find(path);
   if (!found) {

@@ -82,6 +82,10 @@ class Files {
   virtual void remove_folder(const std::string& folder) = 0;
   virtual void remove_file(const std::string& path) = 0;
 
+  /// The one whole form of the path of an existing file or folder, without ".", ".." and links; `path` itself when it
+  /// names nothing. Two paths of one file have the same.
+  virtual std::string whole_path(const std::string& path) = 0;
+
   /// The platform's short form of an existing name; empty when it has none or nothing has that name.
   virtual std::string short_name(const std::string& path) = 0;
 };

@@ -192,6 +192,9 @@ TEST_P(EveryMachine, RaisesTheErrorOfTheRefusal) {
 TEST_P(EveryMachine, FindsAndLists) {
   files().make_folder("sub");
   for (const std::string name : {"b.bin", "a.bin", "c", "B.txt", "sub/x", "sub/y"}) put(files(), name, "1");
+  EXPECT_EQ(files().whole_path("sub/../sub/./x"), files().whole_path("sub/x"));
+  EXPECT_NE(files().whole_path("sub/x"), files().whole_path("sub/y"));
+  EXPECT_EQ(files().whole_path("none/x"), "none/x");
   struct Find {
     std::string path;
     std::string name;

@@ -154,6 +154,8 @@ class Terminal(unittest.TestCase):
             with self.subTest(line=line):
                 self.assertEqual(self.start("#boot; #org a.0x8; walk 1; " + line)[0], 1)
                 self.assertEqual(self.read("game.bin") + self.read("my backup/game.bin"), bytes(128))
+        self.write("self.psc", "#boot\n#org a.0x0\nwalk 1\n#kapop ../a game/./self.psc\n".replace("a game", "a%20game"))
+        self.assertIn("error 55: File already open", self.start("-r", "self.psc", "#do")[2])
         # Closed standard streams give their numbers to no file.
         self.write("job.psc", "#boot\n#org a.0x10\njump 0x20\n#kapop game.bin\n")
         command = f'exec "{PROGRAM}" --log-folder "{self.root}/log" -r job.psc "#do" <&- >&- 2>&-'

@@ -375,6 +375,11 @@ void MemoryFiles::remove_file(const std::string& path) {
   nodes_.erase(item);
 }
 
+std::string MemoryFiles::whole_path(const std::string& path) {
+  const Place place = locate(path);
+  return existing(place) != nullptr ? place.whole : path;
+}
+
 std::string MemoryFiles::short_name(const std::string& path) {
   if (!windows_ || existing(locate(path)) == nullptr) return {};
   std::size_t start = path.size() >= 2 && path[1] == ':' ? 2 : 0;

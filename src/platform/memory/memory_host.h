@@ -57,6 +57,7 @@ class MemoryFiles final : public Files {
   void remove_folder(const std::string& folder) override;
   /// In the windows style a file that is open or read-only cannot be removed: permission_denied.
   void remove_file(const std::string& path) override;
+  std::string whole_path(const std::string& path) override;
   /// The path in the shape that was given, each of its names in short form.
   std::string short_name(const std::string& path) override;
 

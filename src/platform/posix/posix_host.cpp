@@ -257,6 +257,11 @@ void PosixFiles::remove_file(const std::string& path) {
   if (::unlink(native(path)) != 0) raise_errno(errno, path);
 }
 
+std::string PosixFiles::whole_path(const std::string& path) {
+  const std::unique_ptr<char, decltype(&std::free)> whole(::realpath(native(path), nullptr), &std::free);
+  return whole != nullptr ? whole.get() : path;
+}
+
 std::string PosixFiles::short_name(const std::string&) {
   return {};
 }

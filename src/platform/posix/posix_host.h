@@ -29,6 +29,7 @@ class PosixFiles final : public Files {
   /// Raises path_access when the folder is not empty.
   void remove_folder(const std::string& folder) override;
   void remove_file(const std::string& path) override;
+  std::string whole_path(const std::string& path) override;
 
   /// Always empty.
   std::string short_name(const std::string& path) override;
