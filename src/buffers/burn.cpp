@@ -1,6 +1,7 @@
 // FileBuffer's burning: labels get file positions, pointers their targets, and the chunks go into the target file.
 #include <algorithm>
 #include <limits>
+#include <optional>
 
 #include "base/errors.h"
 #include "base/numbers.h"
@@ -23,6 +24,13 @@ bool holds_number(std::string_view name) {
   return number_prefix(position_text(name)).length > 0;
 }
 
+// `position` and `distance` bytes on; nothing where that is no place in a file.
+std::optional<std::int32_t> moved(std::optional<std::int32_t> position, std::int64_t distance) {
+  const std::int64_t place = position.value_or(-1) + distance;
+  if (!position || place < 0 || place > std::numeric_limits<std::int32_t>::max()) return {};
+  return static_cast<std::int32_t>(place);
+}
+
 }  // namespace
 
 void FileBuffer::burnbuffer() {
@@ -38,36 +46,35 @@ void FileBuffer::tell_failure(std::string_view what, const fOffsett& point, std:
 }
 
 void FileBuffer::place_labels() {
-  std::int32_t position = 0;
+  // Where the next label stands that has no place of its own; nothing behind a label that could not be placed, for what
+  // follows it must not land at the start of the file.
+  std::optional<std::int32_t> position = 0;
   for (int b = 0; b < kLabelSets; ++b) {
     std::int16_t last_offset = 0;
     const Collection<fOffsett>& labels = labels_[static_cast<std::size_t>(b)];
-    const auto length = static_cast<std::int32_t>(bytes(b).size());
     for (std::size_t j = 1; j <= labels.count(); ++j) {
       try {
         place_label(labels.at(j), position, last_offset);
       } catch (const RuntimeError& error) {
+        position.reset();
         tell_failure("label", labels.at(j), error.description);
       }
     }
-    const std::int64_t end = std::int64_t{position} + length - last_offset;
-    if (end <= std::numeric_limits<std::int32_t>::max()) position = static_cast<std::int32_t>(end);
+    position = moved(position, static_cast<std::int64_t>(bytes(b).size()) - last_offset);
   }
 }
 
-void FileBuffer::place_label(const fOffsett& label, std::int32_t& position, std::int16_t& last_offset) {
+void FileBuffer::place_label(const fOffsett& label, std::optional<std::int32_t>& position, std::int16_t& last_offset) {
   // A position that was given counts, but the next label is measured from the last one that was not given.
   if (const std::int32_t given = pushed(label.name); given != 0) {
-    position = given;
+    position = moved(given, 0);
     return;
   }
   const std::string_view text = position_text(label.name);
-  if (SmartNum::isvalue(text, false)) {
-    position = named_position(label.name, text);
-  } else {
-    position = to_long(static_cast<double>(position) + label.Offset - last_offset);
-  }
-  pushoffsett(label.name, position);
+  const bool named = SmartNum::isvalue(text, false);
+  position = named ? moved(named_position(label.name, text), 0) : moved(position, label.Offset - last_offset);
+  if (!position) raise(ErrorNumber::invalid_call, "it has no place in the file, nor has what it follows");
+  pushoffsett(label.name, *position);
   constexpr std::int32_t kLastHeld = std::numeric_limits<std::int16_t>::max();
   if (label.Offset <= kLastHeld) {
     last_offset = static_cast<std::int16_t>(label.Offset);
@@ -136,14 +143,19 @@ void FileBuffer::write_chunks() {
       }
     }
   }
+  flush_chunks();
+  const std::int64_t length = files_->length();
+  if (length > length_before) files_->echo({" - The file has grown from ", length_before, " to ", length, " bytes"});
+}
+
+// Gives the chunks that stand in the file's write buffer to the platform.
+void FileBuffer::flush_chunks() {
   try {
     if (files_->unflushed() > 0) files_->flush_data();
   } catch (const RuntimeError& error) {
     tell_lost(error.description);
   }
   in_flight_.clear();
-  const std::int64_t length = files_->length();
-  if (length > length_before) files_->echo({" - The file has grown from ", length_before, " to ", length, " bytes"});
 }
 
 // Tells of the chunks that stood in the file's write buffer and did not arrive when it was given to the platform.
@@ -161,9 +173,10 @@ void FileBuffer::write_chunk(std::size_t position, int set) {
   // A label without a position was skipped, and told, when positions were given.
   if (pushed_.find(point_.name) == nullptr) return;
   const std::int32_t place = pushed(point_.name);
+  // What waits is written now where this chunk does not follow it: its failure is not this one's.
+  if (files_->unflushed() >= kLongestPut || (files_->unflushed() > 0 && files_->position() != place)) flush_chunks();
   files_->SeekData(place);
   if (place < 0) raise(ErrorNumber::invalid_call, "its position lies before the file");
-  if (files_->unflushed() == 0) in_flight_.clear();
   std::string filler;
   if (fill_ >= 0) data = filler.assign(data.size(), static_cast<char>(fill_));
   files_->echo({" - Putting [", data, "] at ", hex(place)});

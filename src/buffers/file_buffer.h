@@ -6,6 +6,7 @@
 
 #include <array>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <variant>
@@ -128,12 +129,13 @@ class FileBuffer {
   std::vector<Registration> registrations(std::string_view list, std::uint8_t buffer, std::size_t length) const;
 
   void place_labels();
-  void place_label(const fOffsett& label, std::int32_t& position, std::int16_t& last_offset);
+  void place_label(const fOffsett& label, std::optional<std::int32_t>& position, std::int16_t& last_offset);
   std::int32_t named_position(std::string_view name, std::string_view text) const;
   std::int32_t target_of(const std::string& name);
   void patch(const fOffsett& pointer);
   void write_chunks();
   void write_chunk(std::size_t position, int set);
+  void flush_chunks();
   void tell_lost(std::string_view why);
   void tell_unwritten(int buffer);
   void tell_failure(std::string_view what, const fOffsett& point, std::string_view why);

@@ -45,6 +45,10 @@ void Control::run_file(std::string name) {
 
 void Control::guarded(const std::function<void()>& work) {
   if (guarded_) return work();
+  // The console's own counter starts anew in time: a session may have any number of lines.
+  constexpr std::int16_t kConsoleLines = 32000;
+  FileHandle& files = shared_.file_handle;
+  if (files.level() == FileHandle::kLogFile && files.lineno() > kConsoleLines) files.lineno(0);
   guarded_ = true;
   failed_statement_.clear();
   try {
@@ -69,7 +73,6 @@ void Control::report(std::string_view description, int number) {
   files.critical_box(text);
   files.echo(text);
   files.close_all();
-  files.lineno(0);  // where the console's own counter ran out, the next line counts anew
   running_ = false;
   definition_.clear();
   shared_.cmd_list.newcmd() = tCmd();
@@ -112,8 +115,13 @@ void Control::cut(const std::string& line, SmartString& statement) {
       !statement.vDirective().empty() && kWholeLineMarkers.find(statement.vDirective()) != std::string_view::npos;
   const bool has_text = !whole && statement.vComment().starts_with('=');
   constexpr int kLast = SmartString::kSlots - 1;
-  if (statement.last() + has_text > kLast || statement.values(kLast).find(';') != std::string::npos) {
-    raise(ErrorNumber::subscript_out_of_range, "a line holds at most sixteen statements");
+  if (statement.last() == kLast) {
+    const std::string rest = statement.values(kLast);  // all that was left of the line
+    const std::size_t end = rest.find_last_not_of("; ");
+    if (has_text || rest.find(';') < end) {
+      raise(ErrorNumber::subscript_out_of_range, "a line holds at most sixteen statements");
+    }
+    statement.values(kLast, rest.substr(0, end + 1));
   }
   if (!has_text) return;
   statement.count(cat({statement.last() + 1}));

@@ -108,6 +108,7 @@ void Control::lock(Directive& /*directive*/, std::string_view state) {
 }
 
 void Control::dos(Directive& directive, std::string_view command) {
+  if (directive.name_dropped) return;
   std::string argument = command == "cd.." ? ".." : directive.argument(1);
   echo_report(shared_.file_handle, shared_.file_handle.Dos(command == "cd.." ? "cd" : command, argument));
 }

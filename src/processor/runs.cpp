@@ -8,6 +8,7 @@ namespace tidewright {
 
 // Inside a running file this only opens the file: the runner reads it next, and then goes on with the outer one.
 void Control::include(Directive& directive, std::string_view /*detail*/) {
+  if (directive.name_dropped) return;
   std::string name = directive.argument(1);
   std::string mode = "Input";
   if (!shared_.file_handle.OpenFile(name, mode).empty() && !running_) run_files();
@@ -19,11 +20,9 @@ void Control::endfile(Directive& /*directive*/, std::string_view /*detail*/) {
 
 void Control::kapop(Directive& directive, std::string_view /*detail*/) {
   FileHandle& files = shared_.file_handle;
+  // Where a name that was given is dropped, no other may be burned in its place.
+  if (directive.name_dropped) return files.echo_fault(" - Nothing is burned");
   std::string name = directive.argument(1);
-  if (name.empty() && directive.name_dropped) {
-    // A name was given: another file must not be burned in its place.
-    return files.message_box("File Not Found or user cancel");
-  }
   if (name.empty()) name = files.filename("fullpath");
   std::string mode = "read";
   if (files.OpenFile(name, mode).empty()) return files.echo_fault(" - Nothing is burned");

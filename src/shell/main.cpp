@@ -27,10 +27,13 @@ constexpr std::string_view kBanner =
 // for.
 void run_console(Shared& shared, bool is_terminal) {
   std::string line;
+  bool first = true;
   while (true) {
     if (std::cin.rdbuf()->in_avail() <= 0) shared.file_handle.flush_output();
     if (is_terminal) std::cerr << "> " << std::flush;
     if (!std::getline(std::cin, line)) break;
+    if (first && line.starts_with("\xEF\xBB\xBF")) line.erase(0, 3);
+    first = false;
     if (line.ends_with('\r')) line.pop_back();
     shared.control.pending(line);
   }

@@ -87,6 +87,26 @@ TEST_F(ControlTest, LineNumbersRunOutWhereTheyAreSixteenBit) {
             "long.psc:16384: error 6: Overflow: 32768 is no 16-bit number, in \"!\"");
 }
 
+TEST_F(ControlTest, ALineHoldsSixteenStatements) {
+  std::string line = "#01";
+  for (int i = 2; i <= 15; ++i) line += "; #01";
+  session.run(line + "; #01;");
+  EXPECT_EQ(session.bytes(0).size(), 16U);
+  session.run(line + " =A");
+  EXPECT_EQ(session.bytes(0).size(), 32U);
+  EXPECT_NE(session.run(line + "; #01 =A").find("at most sixteen statements"), std::string::npos);
+  EXPECT_NE(session.run(line + "; #01; #01").find("at most sixteen statements"), std::string::npos);
+  EXPECT_EQ(session.bytes(0).size(), 32U) << "a line that holds more does nothing";
+}
+
+TEST_F(ControlTest, AConsoleOutlivesItsLineCounter) {
+  session.run("#org late");
+  for (int i = 0; i < 40000; ++i) session.shared->control.pending("!");
+  session.run("#01");
+  EXPECT_TRUE(session.machine.user().boxes.empty());
+  EXPECT_EQ(buffers.count(0), 1);
+}
+
 TEST_F(ControlTest, LabelsWaitForTheirFirstByteAndAreNeverLost) {
   session.run("#org a; #org b 2; nothing; #01 02; #org c 2; #org end 2");
   EXPECT_EQ(session.bytes(2), "\x01\x02");

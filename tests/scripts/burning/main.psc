@@ -15,4 +15,17 @@ here empty
 here b
 #kapop game.bin
 #kableewy
+#kapush far 0x7fffffff
+#org far 0
+#01 02
+#org follower 1
+#02
+#org here.0x40 2
+#03
+#org typo.0xG0 3
+#04
+#org tail 3
+#05
+#org end 4
+#06
 #kapop game.bin
