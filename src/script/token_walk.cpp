@@ -55,8 +55,11 @@ void normalize(std::string& token) {
   if (token.starts_with(' ') || token.ends_with(' ')) token = std::string(trimmed(token));
 }
 
+// A cut at blanks scrubs as it goes: runs of them end one token, so only tabs need a look beforehand.
 TokenWalk::TokenWalk(std::string_view text, char delimiter) : left_(text), delimiter_(delimiter) {
-  if (needs_scrub(text)) {
+  if (delimiter == ' ' && text.find('\t') == std::string_view::npos) {
+    left_ = trimmed(text);
+  } else if (needs_scrub(text)) {
     scrubbed_ = text;
     scrub(scrubbed_);
     left_ = scrubbed_;
@@ -75,11 +78,13 @@ bool TokenWalk::next(std::string& token) {
     normalize(token);
   }
   left_.remove_prefix(std::min(end + 1, left_.size()));
+  while (delimiter_ == ' ' && left_.starts_with(' ')) left_.remove_prefix(1);
   return true;
 }
 
 void TokenWalk::rest(std::string& token) {
   token.assign(left_);
+  scrub(token);
   normalize(token);
   ended_ = true;
 }
