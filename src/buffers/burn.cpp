@@ -171,8 +171,9 @@ void FileBuffer::tell_lost(std::string_view why) {
 void FileBuffer::write_chunk(std::size_t position, int set) {
   std::string_view data = Get_Data(position, set);
   // A label without a position was skipped, and told, when positions were given.
-  if (pushed_.find(point_.name) == nullptr) return;
-  const std::int32_t place = pushed(point_.name);
+  const std::int32_t* const given = pushed_.find(point_.name);
+  if (given == nullptr) return;
+  const std::int32_t place = *given;
   // What waits is written now where this chunk does not follow it: its failure is not this one's.
   if (files_->unflushed() >= kLongestPut || (files_->unflushed() > 0 && files_->position() != place)) flush_chunks();
   files_->SeekData(place);

@@ -31,11 +31,6 @@ bool is_resolved(std::string_view specification) {
   return word.size() < specification.size() && (word == "mask" || word == "select" || word == "bind");
 }
 
-// How many hexadecimal digits numberpush will see.
-std::size_t digits_of(std::string_view value, double number) {
-  return value[0] == '&' ? value.size() - 2 : hex_length(to_long(number));
-}
-
 }  // namespace
 
 void Encoder::echo(std::initializer_list<Piece> pieces) const {
@@ -194,7 +189,7 @@ void Encoder::add_number(std::string_view value, int kind) {
   }
   if (!pointer) {
     const auto digits = static_cast<std::size_t>(SmartNum::width(-kind, 1));
-    if (digits_of(value, number.value) > digits) {
+    if (SmartNum::digits(value, number.value) > digits) {
       echo({lineno_, ": ", value, " has more than ", digits, " hexadecimal digits, the first ", digits, " are kept"});
     }
   }

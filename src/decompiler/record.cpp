@@ -22,11 +22,15 @@ constexpr std::string_view kRecordTypes[] = {"move", "binary", "raw"};
 
 }  // namespace
 
+bool Record::is_type(std::string_view word) {
+  return std::find(std::begin(kRecordTypes), std::end(kRecordTypes), word) != std::end(kRecordTypes);
+}
+
 std::string Record::Draw(std::string_view line) const {
   TokenWalk walk(line, ' ');
   std::string token;
   walk.next(token);
-  if (std::find(std::begin(kRecordTypes), std::end(kRecordTypes), token) == std::end(kRecordTypes)) {
+  if (!is_type(token)) {
     files_->echo("not implimented");
     return "";
   }

@@ -13,6 +13,9 @@ class Record {
  public:
   Record(FileHandle& files, const Bank& bank) : files_(&files), num_(bank) {}
 
+  /// Whether this word begins a data record.
+  static bool is_type(std::string_view word);
+
   /// The bytes of a data line: its first word is "move", "binary" or "raw", the others are numbers, always hexadecimal,
   /// or the type of those that follow: b byte char, i word int, l dword long, p pointer ptr. It may have any length.
   /// Another first word is told and yields nothing. Raises TypeMismatch for a word that is no number.

@@ -11,10 +11,6 @@
 namespace tidewright {
 namespace {
 
-// How a chunk is written tells the decompiler what it is.
-constexpr std::int16_t kCodeMode = 3;
-constexpr std::int16_t kTextMode = 8;
-
 // Markers of lines that are comment as a whole, or text.
 constexpr std::string_view kWholeLineMarkers = "/='!";
 

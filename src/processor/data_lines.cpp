@@ -11,15 +11,9 @@
 namespace tidewright {
 namespace {
 
-constexpr std::int16_t kCodeMode = 3;  // inline data belongs to the code around it
-constexpr std::int16_t kDataMode = 9;
-
-constexpr std::string_view kRecordTypes[] = {"move", "binary", "raw"};
-
 // The kind, and so the width, that the digits of a literal want.
 Kind literal_kind(std::string_view literal) {
-  const double value = whole_number_text(literal);
-  const std::size_t digits = literal[0] == '&' ? literal.size() - 2 : hex(to_long(value)).size();
+  const std::size_t digits = SmartNum::digits(literal, whole_number_text(literal));
   if (digits > 8) raise(ErrorNumber::overflow, literal);
   return digits <= 2 ? kByte : digits <= 4 ? kWord : kDword;
 }
@@ -72,7 +66,7 @@ void Control::inline_data(Directive& directive, std::string_view /*detail*/) {
   shared_.file_handle.echo({"#INLINE: ", blank == std::string::npos ? "" : text.substr(blank + 1)});
   FileBuffer& buffers = shared_.file_buffer;
   buffers.inbuffer(buffers.default_buffer);
-  buffers.inmode(kCodeMode);
+  buffers.inmode(kCodeMode);  // it belongs to the code around it
   buffers.add_Value(values, kinds);
 }
 
@@ -80,9 +74,7 @@ void Control::raw_data(Directive& directive, std::string_view /*detail*/) {
   std::vector<std::string> words;
   if (!directive.text.empty()) split(directive.text, ' ', words);
   std::string bytes;
-  const std::string first = words.empty() ? "" : words[0];
-  const bool record = std::find(std::begin(kRecordTypes), std::end(kRecordTypes), first) != std::end(kRecordTypes);
-  if (record) {
+  if (!words.empty() && Record::is_type(words[0])) {
     bytes = shared_.record.Draw(directive.text);
   } else {
     const SmartNum num(shared_.bank);

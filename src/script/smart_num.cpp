@@ -128,6 +128,10 @@ void SmartNum::push(std::string_view value, int kind, std::string& bytes) const 
   if (count / 2 > kPointerPlaceholder.size()) bytes.append(count / 2 - kPointerPlaceholder.size(), '\0');
 }
 
+std::size_t SmartNum::digits(std::string_view value, double number) {
+  return has_hex_mark(value) ? value.size() - 2 : hex_length(to_long(number));
+}
+
 std::string SmartNum::pointer_bytes(std::int32_t pointer) {
   std::string bytes(kPointerPlaceholder.size(), '\0');
   for (std::size_t i = 0; i < bytes.size(); ++i) bytes[i] = static_cast<char>(pointer >> (8 * i) & 255);

@@ -71,6 +71,9 @@ class SmartNum {
   /// TypeMismatch for a digit that is none, Overflow beyond 32 bits.
   std::string numberpush(std::string_view value, int kind) const;
 
+  /// How many hexadecimal digits numberpush sees in a value whose numeric reading is `number`.
+  static std::size_t digits(std::string_view value, double number);
+
   /// The four bytes of a pointer whose value is known.
   static std::string pointer_bytes(std::int32_t pointer);
 
