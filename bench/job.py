@@ -70,16 +70,17 @@ class Job:
     def write_program(self):
         chance = random.Random(self.files)
         labels = [f"part_{n}_{i}" for n in range(self.files) for i in range(LINES // BLOCK)]
-        main, gnu = [], []
+        main, gnu, pushes = ["#include pushes.psc"], [], []
         for n in range(self.files):
             place = (n + 1) * ROOM
             # Every other buffer's first label carries its position in its name.
             if n % 2 == 0:
-                main.append(f"#kapush part_{n}_0 0x{place:X}")
+                pushes.append(f"#kapush part_{n}_0 0x{place:X}")
             main.append(f"#include part{n}.psc")
             gnu += [f".org 0x{place:X}", f'.include "part{n}.s"']
             self.write_file(n, labels, chance)
         self.write("main.psc", main)
+        self.write("pushes.psc", pushes)
         self.write("plain/main.s", gnu)
         self.write("macros/main.s", ['.include "commands.s"'] + gnu)
 
@@ -122,6 +123,40 @@ class Job:
             ["ld", f"-Ttext=0x{BASE:X}", "-e", "0", "-o", f"{way}.elf", f"{way}.o"],
             ["objcopy", "-O", "binary", f"{way}.elf", f"{way}.bin"],
         ]
+
+    def back(self, program):
+        """The way back, by title: what each run needs is left by the first one, which only stays in the buffers."""
+        steps = {
+            "compile": "#include main.psc",
+            "compile, write buffer file": "#include main.psc; #kapoke game.buf",
+            "read buffer file": "#kapeek game.buf",
+            "decode buffer file": "#decode game.buf",
+            "rawdecode image": f"#rawdecode game.bin 0x{ROOM:X} 3",
+        }
+        start = [program, "-q", "--yes", "--log-folder", self.logs]
+        return {title: [start + ["#boot; " + line]] for title, line in steps.items()}
+
+    def check_back(self, program):
+        """Burns the image, and burns what is decoded of it into copies that hold nothing of it."""
+        self.prepare()
+        self.run(self.tidewright(program))
+        burned = self.bytes_of("game.bin")
+        for commands in self.back(program).values():
+            self.run(commands)
+        for script in ("game.psc", f"game{ROOM:X}.psc"):
+            self.prepare()
+            self.run([[program, "-q", "--log-folder", self.logs,
+                       f"#boot; #include pushes.psc; #include {script}; #kapop game.bin"]])
+            back = self.bytes_of("game.bin")
+            if script == "game.psc" and back != burned:
+                sys.exit(f"{self.folder}: {script} gives another image")
+            # The other holds what the first label leads to: zeros stand for the rest.
+            if any(a != b for a, b in zip(back, burned) if a != 0):
+                sys.exit(f"{self.folder}: {script} gives other bytes")
+        with open(self.image, "wb") as file:
+            file.write(burned)
+        with open(os.path.join(self.folder, f"game{ROOM:X}.psc"), encoding="ascii") as file:
+            return sum(1 for line in file if line.strip() and not line.startswith("#ORG"))
 
     def prepare(self):
         """An empty image and no log: what tidewright starts from."""
@@ -202,6 +237,22 @@ def measure(job, program, runs):
     return ways, times, image_size
 
 
+def measure_back(job, program, runs):
+    """Prints what the way back takes, each step beside compiling."""
+    lines = job.check_back(program)
+    ways = job.back(program)
+    times = {title: [] for title in ways}
+    for _ in range(runs):
+        for title, commands in ways.items():
+            times[title].append(job.run(commands))
+    compiling = statistics.median(times["compile"])
+    print(f"\nThe way back; both scripts give the image again; rawdecode finds {lines} lines")
+    for title, commands in ways.items():
+        median = statistics.median(times[title])
+        print(f"{title:28}{median * 1e3:7.1f} ms{min(times[title]) * 1e3:7.1f} ms{job.peak(commands) / 1e6:7.1f} MB"
+              f"  {median / compiling:.2f} of compiling")
+
+
 def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("--program", required=True, help="the tidewright to time")
@@ -229,6 +280,7 @@ def main():
         print(f"{title:28}{median * 1e3:7.1f} ms{min(times[way]) * 1e3:7.1f} ms{job.peak(ways[way]) / 1e6:7.1f} MB"
               + (f"  {own / median:.2f} of its median" if way != "tidewright" else ""))
     print(f"log written {job.log_size()} bytes, image {image_size} bytes")
+    measure_back(job, program, options.runs)
 
     print(f"\n{'lines':>8}{'tidewright':>14}{'per line':>12}{'macros':>12}{'expanded':>12}   (medians of 5)")
     for files in (2, 4, 8, 16):

@@ -1,5 +1,5 @@
 // The stations of a line's road, each on its own: cutting it into tokens, encoding it, adding its bytes to a
-// buffer, burning the buffers. Everything happens in memory: no disk, and a console that nobody looks at. The
+// buffer, burning the buffers; and the way back, decoding the bytes. Everything happens in memory: no disk, and a console that nobody looks at. The
 // figures are for a line, or for a label's chunk.
 #include <array>
 #include <benchmark/benchmark.h>
@@ -108,6 +108,27 @@ void whole_lines(benchmark::State& state) {
       });
 }
 BENCHMARK(whole_lines)->Unit(benchmark::kMicrosecond);
+
+void decoding(benchmark::State& state) {
+  with_sessions(
+      state, kLines, [](Session&) {},
+      [](Session& session) {
+        CmdList& commands = session.shared->cmd_list;
+        std::string code_bytes;
+        std::string pointers;
+        for (int i = 0; i < 4; ++i) {
+          std::string bytes(code(i));
+          commands.encode(bytes, pointers, 1);
+          code_bytes += bytes;
+        }
+        for (int i = 0; i < kLines; i += 4) {
+          std::string text = code_bytes;
+          commands.decode(text, pointers, false);
+          benchmark::DoNotOptimize(text);
+        }
+      });
+}
+BENCHMARK(decoding)->Unit(benchmark::kMicrosecond);
 
 void burning(benchmark::State& state) {
   with_sessions(

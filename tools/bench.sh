@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Installs what the benchmarks lack, builds the program and them, and prints their figures: the stations of a line's
-# road one by one, then the whole program against the GNU assembler, linker and objcopy on the same 120,000 lines.
+# road one by one, then the whole program against the GNU assembler, linker and objcopy on the same 120,000 lines, and the
+# way back: decoding the image and the buffer file of these lines.
 # With --job only the second; further arguments go to bench/job.py. No figure makes this fail; unequal images do.
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -33,7 +34,7 @@ build build tidewright
 if [ "$job_only" = no ]; then
   need_file /usr/include/benchmark/benchmark.h libbenchmark-dev
   build build/bench benchmarks -DTIDEWRIGHT_BENCH=ON
-  echo "== stations (encoding, adding_data, whole_lines: 2000 lines; burning: 100 labels)"
+  echo "== stations (encoding to decoding: 2000 lines; burning: 100 labels)"
   build/bench/bench/benchmarks --benchmark_min_time=0.2 2>build/bench/context.txt
 fi
 

@@ -10,6 +10,7 @@ need ninja ninja-build
 need g++ g++
 need clang++ clang
 need as binutils
+need 64tass 64tass
 need python3 python3
 need xxd xxd
 need_file '/usr/lib/llvm-*/lib/clang/*/lib/linux/libclang_rt.asan-*.a' 'libclang-rt-dev'

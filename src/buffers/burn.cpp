@@ -11,17 +11,10 @@
 namespace tidewright {
 namespace {
 
-// putdata counts the bytes of a block in a 16-bit number.
-constexpr std::size_t kLongestPut = 32767;
-
-// A label or pointer may carry its position in its name, behind the first dot: "house.&h1000".
-std::string_view position_text(std::string_view name) {
-  const std::size_t dot = name.find('.');
-  return dot == std::string_view::npos ? name : name.substr(dot + 1);
-}
+constexpr std::size_t kLongestPut = FileHandle::kLongestPut;
 
 bool holds_number(std::string_view name) {
-  return number_prefix(position_text(name)).length > 0;
+  return number_prefix(SmartNum::position_text(name)).length > 0;
 }
 
 // `position` and `distance` bytes on; nothing where that is no place in a file.
@@ -70,7 +63,7 @@ void FileBuffer::place_label(const fOffsett& label, std::optional<std::int32_t>&
     position = moved(given, 0);
     return;
   }
-  const std::string_view text = position_text(label.name);
+  const std::string_view text = SmartNum::position_text(label.name);
   const bool named = SmartNum::isvalue(text, false);
   position = named ? moved(named_position(label.name, text), 0) : moved(position, label.Offset - last_offset);
   if (!position) raise(ErrorNumber::invalid_call, "it has no place in the file, nor has what it follows");
@@ -111,7 +104,7 @@ std::int32_t FileBuffer::target_of(const std::string& name) {
   std::int32_t target = pushed(name);
   if (target == 0 && name.starts_with('$')) target = pushed(std::string_view(name).substr(1));
   if (target != 0) return num_.CPtr(static_cast<double>(target));
-  std::string text(position_text(name));
+  std::string text(SmartNum::position_text(name));
   if (!holds_number(name)) {
     text = files_->input_box(cat({"Enter offset for ", name, ":"}), "Floating Pointer must be pushed");
     replace_all(text, "0x", "&h");

@@ -1,6 +1,7 @@
 #include "buffers/file_buffer.h"
 
 #include <algorithm>
+#include <unordered_map>
 
 #include "base/errors.h"
 #include "base/numbers.h"
@@ -10,10 +11,6 @@
 namespace tidewright {
 namespace {
 
-std::string pointer_key(std::int32_t combined) {
-  return "&h" + hex(combined);
-}
-
 // What the slot's content is called in a notice.
 std::string_view type_name(const Slot& slot) {
   const auto* const picture = std::get_if<Picture>(&slot);
@@ -22,20 +19,6 @@ std::string_view type_name(const Slot& slot) {
 
 // A free slot's place for objects also takes over an object of exactly this type.
 constexpr std::string_view kReplaceableType = "Object Type";
-
-// Replaces each "$n" in `text` that no further digit follows.
-void replace_reference(std::string& text, std::string_view number, std::string_view name) {
-  const std::string reference = cat({"$", number});
-  for (std::size_t at = text.find(reference); at != std::string::npos; at = text.find(reference, at)) {
-    const std::size_t end = at + reference.size();
-    if (end < text.size() && text[end] >= '0' && text[end] <= '9') {
-      at = end;
-    } else {
-      text.replace(at, reference.size(), name);
-      at += name.size();
-    }
-  }
-}
 
 }  // namespace
 
@@ -53,6 +36,10 @@ std::size_t FileBuffer::set_index(int index) {
     raise(ErrorNumber::subscript_out_of_range, cat({"buffer ", index, " has no labels"}));
   }
   return static_cast<std::size_t>(index);
+}
+
+std::string FileBuffer::pointer_key(std::int32_t combined) {
+  return "&h" + hex(combined);
 }
 
 void FileBuffer::inbuffer(std::uint8_t buffer) {
@@ -82,6 +69,36 @@ std::string_view FileBuffer::bytes(int index) const {
   return content != nullptr ? std::string_view(*content) : std::string_view();
 }
 
+void FileBuffer::append(int index, std::string_view bytes) {
+  Slot& slot = slots_[slot_index(index)];
+  if (std::holds_alternative<std::monostate>(slot)) slot = std::string();
+  auto* const content = std::get_if<std::string>(&slot);
+  if (content == nullptr) raise(ErrorNumber::type_mismatch, cat({"buffer ", index, " holds no bytes"}));
+  content->append(bytes);
+}
+
+bool FileBuffer::blank() const {
+  const auto empty = [](const Slot& slot) {
+    const auto* const content = std::get_if<std::string>(&slot);
+    return content != nullptr ? content->empty() : std::holds_alternative<std::monostate>(slot);
+  };
+  const auto no_labels = [](const Collection<fOffsett>& labels) { return labels.count() == 0; };
+  return std::all_of(slots_.begin(), slots_.end(), empty) && std::all_of(labels_.begin(), labels_.end(), no_labels) &&
+         pointers_.count() == 0 && pushed_.count() == 0;
+}
+
+std::vector<const fOffsett*> FileBuffer::placed_pointers(int buffer) const {
+  std::vector<const fOffsett*> placed;
+  const std::int32_t first = static_cast<std::int32_t>(set_index(buffer)) * kBufferSpan;
+  for (std::size_t i = 1; i <= pointers_.count(); ++i) {
+    const fOffsett& pointer = pointers_.at(i);
+    if (pointer.Offset < first || pointer.Offset - first >= kBufferSpan) continue;
+    if (stands_in_buffer(pointer)) placed.push_back(&pointer);
+  }
+  std::sort(placed.begin(), placed.end(), [](const fOffsett* a, const fOffsett* b) { return a->Offset < b->Offset; });
+  return placed;
+}
+
 void FileBuffer::add_Picture(Picture picture, std::int16_t& index) {
   if (index == -1) index = inbuffer();
   Slot& slot = slots_[slot_index(index)];
@@ -107,7 +124,7 @@ std::vector<FileBuffer::Registration> FileBuffer::registrations(std::string_view
   std::string position;
   std::string kind;
   while (walk.next(value) && walk.next(position) && walk.next(kind)) {
-    if (const double number = Val(value); number > 0) value = "&h" + hex(to_long(number));
+    value = SmartNum::pointer_name(value);
     const double offset = whole_number_text(position) + static_cast<double>(length);
     if (offset >= kBufferSpan)
       raise(ErrorNumber::overflow, cat({"a pointer at byte ", to_long(offset), " of a buffer"}));
@@ -146,6 +163,7 @@ void FileBuffer::add_Data(std::string_view bytes, std::string_view pointers) {
 void FileBuffer::place_waiting_label() {
   if (!label_waits()) return;
   inbuffer(default_buffer);
+  inmode(kCodeMode);
   add_Data("", "");
 }
 
@@ -173,15 +191,27 @@ std::int32_t FileBuffer::pushed(std::string_view name) const {
 
 void FileBuffer::PointerPeek(std::string& text, std::string_view list) const {
   if (list.empty()) return;
+  std::unordered_map<std::string, const std::string*> names;
   TokenWalk walk(list, ',');
   std::string number;
   std::string kind;
   while (walk.next(number)) {
     const std::int32_t position = to_long(Val(number)) - 1 + point_.Offset;
     const fOffsett* const pointer = pointers_.find(pointer_key(point_.buffer * kBufferSpan + position));
-    if (pointer != nullptr && !pointer->name.empty()) replace_reference(text, number, pointer->name);
+    if (pointer != nullptr && !pointer->name.empty()) names.emplace(number, &pointer->name);
     walk.next(kind);
   }
+  // One pass, which never looks at a name that was put in.
+  std::string named;
+  std::size_t done = 0;
+  for (std::size_t mark = text.find('$'); mark != std::string::npos; mark = text.find('$', mark + 1)) {
+    const std::size_t end = std::min(text.find_first_not_of("0123456789", mark + 1), text.size());
+    const auto found = names.find(text.substr(mark + 1, end - mark - 1));
+    if (found == names.end()) continue;
+    named.append(text, done, mark - done).append(*found->second);
+    done = end;
+  }
+  text = named.append(text, done);
 }
 
 void FileBuffer::pointerpoke(std::string_view list) {
@@ -190,14 +220,17 @@ void FileBuffer::pointerpoke(std::string_view list) {
   std::string value;
   std::string kind;
   while (walk.next(value) && walk.next(kind)) {
-    try {
-      fOffsett pointer;
-      pointer.name = value;
-      if (bank_->autobank) pointer.Offset = to_long(Val(value) - kBankBase);
-      pointer.mode = to_integer(Val(kind));
-      pointers_.add(value, std::move(pointer));
-    } catch (const RuntimeError&) {
-      // A value met before is followed once.
+    // A value met before is followed once.
+    if (pointers_.find(value) == nullptr) {
+      try {
+        fOffsett pointer;
+        pointer.name = value;
+        if (bank_->autobank) pointer.Offset = to_long(Val(value) - kBankBase);
+        pointer.mode = to_integer(Val(kind));
+        pointers_.add(value, std::move(pointer));
+      } catch (const RuntimeError&) {
+        // What is no number cannot be followed.
+      }
     }
     if (pointers_.count() > 0) files_->echo(pointers_.at(1).name);
   }

@@ -1,7 +1,8 @@
 // FileBuffer: the one store that compiled code goes into before it reaches the target file. It holds numbered byte
 // buffers, the labels in them, the pointers that wait for their targets, and the file positions of labels.
 //
-// file_buffer.cpp fills and reads it, burn.cpp writes it into the target file.
+// file_buffer.cpp fills and reads it, burn.cpp writes it into the target file, buffer_file.cpp writes and reads all of
+// it as a buffer file.
 #pragma once
 
 #include <array>
@@ -26,6 +27,8 @@ struct Picture {
 
 /// What a buffer slot holds: nothing, bytes (one per character), or an object.
 using Slot = std::variant<std::monostate, std::string, Picture>;
+
+class BufferFields;
 
 class FileBuffer {
  public:
@@ -67,6 +70,15 @@ class FileBuffer {
   bool has_label(std::string_view name, int set) const { return labels_[set_index(set)].find(name) != nullptr; }
   /// The bytes of a slot; empty where it holds none.
   std::string_view bytes(int index) const;
+  /// Appends to a slot that is empty or holds bytes. Raises TypeMismatch for one that holds an object.
+  void append(int index, std::string_view bytes);
+
+  /// Whether there is nothing in any slot, label or pointer set, and nothing is pushed.
+  bool blank() const;
+
+  /// The pointers that are registered in buffer 0 to 15, by position; their Offsets are the combined ones. Those that
+  /// pointerpoke() made are not among them. They are gone with the next change.
+  std::vector<const fOffsett*> placed_pointers(int buffer) const;
 
   /// Puts an object into a slot that is empty; index -1 takes, and becomes, the current buffer. A slot that holds
   /// something else is told in a notice and stays.
@@ -97,7 +109,7 @@ class FileBuffer {
   std::int32_t pushed(std::string_view name) const;
 
   /// For each first item n of the pairs in `list` (comma-separated): where a pointer is registered n - 1 bytes behind
-  /// the current point, every "$n" of `text` becomes that pointer's name.
+  /// the current point, every "$n" of `text` that no further digit follows becomes that pointer's name.
   void PointerPeek(std::string& text, std::string_view list) const;
 
   /// Registers a pointer, under its value text, for each pair (value, kind) of `list`. While autobank is on its Offset
@@ -112,10 +124,24 @@ class FileBuffer {
   /// nothing gives. Failures are told.
   void pointerpop(std::size_t index);
 
+  /// Places a waiting label, and raises Overflow where the buffers hold more than a buffer file can: so a file need not
+  /// be opened, and an old one replaced, in vain.
+  void check_writable();
+
+  /// Writes bytes, labels, pointers and comment into the current file, after check_writable(). An empty text buffer
+  /// becomes "NO COMMENT". Objects are not written, nor pointers that stand in no buffer. Raises what writing raises.
+  void writebuffer();
+
+  /// Adds what a buffer file, the current file, holds. `name`, when it is not empty, becomes its lower-case form and a
+  /// dot, and is put before every label's and pointer's name. False, and a message box, for a file that is no buffer
+  /// file. One that is damaged raises an error that names the field and its place: InputPastEnd where the file was cut
+  /// short, and all before that field is kept; for any other fault the buffers stay as they were.
+  bool readbuffer(std::string& name);
+
  private:
   static std::size_t slot_index(int index);
   static std::size_t set_index(int index);
-  bool typed_otherwise(int index) const;
+  static std::string pointer_key(std::int32_t combined);
   /// A chunk of a burn: its label, and where it ends in the file.
   struct Chunk {
     const fOffsett* label;
@@ -127,6 +153,16 @@ class FileBuffer {
     fOffsett pointer;
   };
   std::vector<Registration> registrations(std::string_view list, std::uint8_t buffer, std::size_t length) const;
+
+  bool stands_in_buffer(const fOffsett& pointer) const;
+  std::size_t standing_pointers() const;
+  void drop_comment();
+  void drop_record(const fOffsett& record);
+  void drop_contents();
+  void grab(BufferFields& fields, std::string_view prefix);
+  void grab_pointer(BufferFields& fields, std::string_view prefix);
+  void grab_label(BufferFields& fields, std::string_view prefix, std::uint8_t group);
+  void grab_section(BufferFields& fields);
 
   void place_labels();
   void place_label(const fOffsett& label, std::optional<std::int32_t>& position, std::int16_t& last_offset);

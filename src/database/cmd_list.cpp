@@ -5,7 +5,10 @@
 #include "base/errors.h"
 #include "base/numbers.h"
 #include "base/text.h"
+#include "database/dealiaser.h"
+#include "database/decoder.h"
 #include "database/encoder.h"
+#include "database/plan.h"
 #include "script/smart_string.h"
 
 namespace tidewright {
@@ -21,7 +24,13 @@ CmdList::CmdList(FileHandle& files, const Bank& bank) : files_(&files), bank_(&b
   placeholder_.keyword("Donkey");
 }
 
+void CmdList::forget_inverse() {
+  plans_.reset();
+  dealiaser_.reset();
+}
+
 void CmdList::add() {
+  forget_inverse();
   tCmd command = std::move(newcmd_);
   newcmd_ = tCmd();
   if (command.alias()) command.Descriptions(describe(command));
@@ -99,6 +108,7 @@ void CmdList::Remove(std::string_view key) {
   const std::size_t* const position = codes_.find(key);
   if (position == nullptr) no_command(key);
   record(*position);
+  forget_inverse();
   current_ = 0;
   commands_.erase(commands_.begin() + static_cast<std::ptrdiff_t>(*position - 1));
   codes_.remove(key);
@@ -107,6 +117,28 @@ void CmdList::Remove(std::string_view key) {
 std::string CmdList::encode(std::string& code, std::string& extra, std::int16_t lineno) {
   current_ = 0;
   return Encoder(*this, lineno).encode(code, extra);
+}
+
+Decoded CmdList::decode(std::string& data, std::string& text, bool raw, const Surroundings& around) {
+  current_ = 0;
+  if (plans_ == nullptr) plans_ = std::make_shared<Plans>(*this);
+  std::string output;
+  Decoded decoded;
+  text.clear();
+  Decoder decoder(*this, *plans_, around, data);
+  if (raw) {
+    decoded = decoder.decode_raw(output, text);
+  } else {
+    decoder.decode_chunk(output, text);
+    decoded.bytes = data.size();
+  }
+  data = std::move(output);
+  return decoded;
+}
+
+void CmdList::dealias(std::string& data, const Surroundings& around) {
+  if (dealiaser_ == nullptr) dealiaser_ = std::make_shared<const Dealiaser>(*this);
+  dealiaser_->dealias(*this, data, around);
 }
 
 std::int16_t CmdList::resolveparm(std::string& spec, std::string& value) const {

@@ -3,16 +3,21 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "base/collection.h"
+#include "database/surroundings.h"
 #include "database/tcmd.h"
 #include "files/file_handle.h"
 #include "script/smart_num.h"
 
 namespace tidewright {
+
+class Dealiaser;
+class Plans;
 
 class CmdList {
  public:
@@ -49,6 +54,22 @@ class CmdList {
   /// says why.
   std::string encode(std::string& code, std::string& extra, std::int16_t lineno);
 
+  /// Turns the bytes `data` into command text, in place, commands separated by "; ", and fills `text` with the pointer
+  /// list that FileBuffer's PointerPeek or pointerpoke take. Encoding the text gives exactly these bytes; what no
+  /// command of the database would give is data.
+  ///
+  /// With `raw` false, `data` is a labelled chunk, decoded whole: data stands in "#raw" lines, its registered pointers
+  /// in
+  /// "#inline" ones. A pointer is written "$n", n its 1-based position in the chunk; `text` holds pairs n,kind. With
+  /// `raw` true it is a piece of an image, decoded up to the end of the script, to data (which a comment tells) or to a
+  /// section that is written already. Pointers are numbers; `text` holds pairs value,kind of those into the image, each
+  /// once.
+  Decoded decode(std::string& data, std::string& text, bool raw, const Surroundings& around = {});
+
+  /// Replaces each command of the text that decode() gave by the phrase of the alias that gives exactly this command,
+  /// of several the one with the most fixed parts.
+  void dealias(std::string& data, const Surroundings& around = {});
+
   /// Resolves `spec`, what a parameter's description asks for: "mask(..)", "select(..)", "bind(..)name" or a plain
   /// text, for the script value `value`, which is rewritten. `spec` becomes the word before the bracket. Returns the
   /// position of the command that a bind binds to, 0 for none. Raises InvalidCall for a bind to a name that is not
@@ -57,11 +78,15 @@ class CmdList {
 
  private:
   friend class Encoder;
+  friend class Decoder;
+  friend class Plans;
 
   static std::string describe(const tCmd& command);
   static std::string template_of(const tCmd& command);
   void file_under(Collection<std::size_t>& index, const std::string& key, const std::string& keyword);
   const tCmd& record(std::size_t position) const;
+
+  void forget_inverse();
 
   /// The record under `keyword`, or null.
   const tCmd* find(std::string_view keyword) const;
@@ -77,6 +102,8 @@ class CmdList {
   bool has_phrases_ = false;               // some keyword has several words
   std::vector<std::string> spare_tokens_;  // lent to each Encoder for their memory
   tCmd placeholder_;
+  std::shared_ptr<Plans> plans_;                // for decoding, made when first wanted; gone with every change
+  std::shared_ptr<const Dealiaser> dealiaser_;  // the same
 };
 
 }  // namespace tidewright

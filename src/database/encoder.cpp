@@ -25,16 +25,17 @@ int converter_kind(std::uint8_t kind) {
   return kind == kEnum ? static_cast<int>(kByte) : kind;
 }
 
-bool is_resolved(std::string_view specification) {
-  if (specification.empty()) return false;
-  const std::string_view word = specification.substr(0, specification.find('('));
-  return word.size() < specification.size() && (word == "mask" || word == "select" || word == "bind");
-}
-
 }  // namespace
 
+std::string_view Encoder::resolver(std::string_view description) {
+  if (description.empty()) return {};
+  const std::string_view word = description.substr(0, description.find('('));
+  const bool resolves = word.size() < description.size() && (word == "mask" || word == "select" || word == "bind");
+  return resolves ? word : std::string_view();
+}
+
 void Encoder::echo(std::initializer_list<Piece> pieces) const {
-  list_.files_->echo(pieces);
+  if (!silent_) list_.files_->echo(pieces);
 }
 
 std::string Encoder::encode(std::string& code, std::string& extra) {
@@ -105,7 +106,7 @@ void Encoder::follow_alias(const tCmd& alias) {
     const std::uint8_t kind = alias.Parmsise(i);
     const std::string& description = alias.ParmDesc(i);
     if (kind == kEndOfScript) continue;
-    if (kind <= kLastValueKind || (kind >= kFixed && description.empty())) {
+    if (takes_value(kind, description)) {
       std::string value = next_value();
       resolve(description, value);
       phrase.push_back(std::move(value));
@@ -126,38 +127,73 @@ void Encoder::follow_alias(const tCmd& alias) {
 void Encoder::walk(const tCmd& command) {
   if (++depth_ > kDeepestBind) raise(ErrorNumber::invalid_call, cat({command.keyword(), " binds to itself too often"}));
   for (int i = 0; i < command.parmcnt(); ++i) {
-    const std::uint8_t kind = command.Parmsise(i);
-    const std::string& description = command.ParmDesc(i);
-    if (kind <= kLastValueKind || (kind >= kFixed && description.empty())) {
-      add_value_parameter(command, i);
-    } else if (kind == kConstant) {
-      add_number(description, constant_kind(description));
-    } else if (kind == kNamedByte) {
-      add_named_byte(description);
-    } else {
-      add(description, kind);
+    const std::int16_t bound = add_parameter(command, i);
+    if (bound == 0) continue;
+    const tCmd& other = list_.record(static_cast<std::size_t>(bound));
+    if (other.alias()) {
+      raise(ErrorNumber::invalid_call, cat({other.keyword(), " is an alias, which nothing binds to"}));
     }
+    walk(other);
   }
   --depth_;
 }
 
-void Encoder::add_value_parameter(const tCmd& command, int index) {
+// Adds one parameter; the result is the command that it binds to, 0 for none.
+std::int16_t Encoder::add_parameter(const tCmd& command, int index) {
   const std::uint8_t kind = command.Parmsise(index);
-  if (kind == kEndOfScript) return;  // a mark for the decoder: no value, no byte
   const std::string& description = command.ParmDesc(index);
-  if (!is_resolved(description)) return add_number(next_value(), converter_kind(kind));
+  if (takes_value(kind, description)) return add_value_parameter(command, index);
+  if (kind == kConstant) {
+    add_number(description, constant_kind(description));
+  } else if (kind == kNamedByte) {
+    add_named_byte(description);
+  } else {
+    add(description, kind);
+  }
+  return 0;
+}
+
+std::int16_t Encoder::add_value_parameter(const tCmd& command, int index) {
+  const std::uint8_t kind = command.Parmsise(index);
+  if (kind == kEndOfScript) return 0;  // a mark for the decoder: no value, no byte
+  const std::string& description = command.ParmDesc(index);
+  if (resolver(description).empty()) {
+    add_number(next_value(), converter_kind(kind));
+    return 0;
+  }
   std::string value = next_value();
   const std::int16_t bound = resolve(description, value);
   add_number(value, converter_kind(kind));
-  if (bound == 0) return;
-  const tCmd& other = list_.record(static_cast<std::size_t>(bound));
-  if (other.alias()) raise(ErrorNumber::invalid_call, cat({other.keyword(), " is an alias, which nothing binds to"}));
-  walk(other);
+  return bound;
+}
+
+Encoder::Trial Encoder::try_parameter(const tCmd& command, int index, std::string_view value) {
+  tokens_ = {std::string(), std::string(value)};
+  next_ = 1;
+  bytes_.clear();
+  pointers_.clear();
+  Trial trial;
+  trial.bound = add_parameter(command, index);
+  trial.bytes = bytes_;
+  trial.pointers = pointers_;
+  return trial;
+}
+
+const tCmd* Encoder::find_called(std::vector<std::string> tokens) {
+  tokens_ = std::move(tokens);
+  return look_up();
+}
+
+const tCmd* Encoder::follow_aliases(std::vector<std::string>& tokens) {
+  tokens_ = tokens;
+  const tCmd* const command = end_of_chain(look_up());
+  tokens = tokens_;
+  return command;
 }
 
 // Puts a value through the select, mask or bind of its parameter, where it has one. The result is the command bound to.
 std::int16_t Encoder::resolve(const std::string& description, std::string& value) const {
-  if (!is_resolved(description)) return 0;
+  if (resolver(description).empty()) return 0;
   const std::string given = value;
   if (number_prefix(given).length == 0) raise(ErrorNumber::type_mismatch, cat({"\"", given, "\" is no number"}));
   std::string specification = description;

@@ -1,4 +1,5 @@
-// The working state of one CmdList::encode: a code line on its way to bytes.
+// The working state of one CmdList::encode: a code line on its way to bytes. Decoding asks it what a parameter or an
+// alias would give.
 #pragma once
 
 #include <cstdint>
@@ -15,6 +16,8 @@ class Encoder {
   /// `lineno` stands in front of the messages.
   Encoder(CmdList& list, std::int16_t lineno)
       : list_(list), lineno_(lineno), tokens_(std::move(list.spare_tokens_)), num_(*list.bank_) {}
+  /// One that says nothing, to try things with.
+  explicit Encoder(CmdList& list) : Encoder(list, 0) { silent_ = true; }
   ~Encoder() { list_.spare_tokens_ = std::move(tokens_); }
   Encoder(const Encoder&) = delete;
   Encoder& operator=(const Encoder&) = delete;
@@ -22,12 +25,32 @@ class Encoder {
   /// See CmdList::encode.
   std::string encode(std::string& code, std::string& extra);
 
+  /// What parameter `index` (0-based) of a command gives for one value of the script: its bytes, its pointer list, and
+  /// the command it binds to. A parameter that wants no value does not look at it. Raises what makes encoding fail.
+  struct Trial {
+    std::string bytes;
+    std::string pointers;
+    std::int16_t bound = 0;  // position of the command, 0 for none
+  };
+  Trial try_parameter(const tCmd& command, int index, std::string_view value);
+
+  /// The record that `tokens` call, alias or command; null for none.
+  const tCmd* find_called(std::vector<std::string> tokens);
+
+  /// Follows the aliases that `tokens` call to the command at their end, and leaves what that command is given: its
+  /// word, then the values. Raises what makes encoding fail.
+  const tCmd* follow_aliases(std::vector<std::string>& tokens);
+
+  /// The word of a description that works on the value ("select", "mask", "bind"), else nothing.
+  static std::string_view resolver(std::string_view description);
+
  private:
   const tCmd* look_up();
   const tCmd* end_of_chain(const tCmd* command);
   void follow_alias(const tCmd& alias);
   void walk(const tCmd& command);
-  void add_value_parameter(const tCmd& command, int index);
+  std::int16_t add_parameter(const tCmd& command, int index);
+  std::int16_t add_value_parameter(const tCmd& command, int index);
   std::int16_t resolve(const std::string& description, std::string& value) const;
   void add_named_byte(const std::string& description);
   void add_number(std::string_view value, int kind);
@@ -39,6 +62,7 @@ class Encoder {
 
   CmdList& list_;
   std::int16_t lineno_;
+  bool silent_ = false;
   // Of the line, or of what an alias made of it: the word that was looked up, then the values.
   std::vector<std::string> tokens_;
   std::size_t next_ = 1;     // the first value not yet taken

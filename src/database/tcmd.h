@@ -4,6 +4,7 @@
 #include <array>
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 #include "base/errors.h"
 
@@ -14,6 +15,11 @@ inline constexpr std::uint8_t kLastValueKind = 5;
 inline constexpr std::uint8_t kConstant = 6;   // its description is an "&h" constant
 inline constexpr std::uint8_t kNamedByte = 7;  // its description names a command, or is a number
 inline constexpr std::uint8_t kFixed = 8;      // from here up: a pointer, fixed where it has a description
+
+/// Whether a parameter takes a value of the script (the end-of-script mark is among them, and takes none).
+inline bool takes_value(std::uint8_t kind, std::string_view description) {
+  return kind <= kLastValueKind || (kind >= kFixed && description.empty());
+}
 
 /// A command of the database, or an alias of one. Parameters are indexed 0 to 15; any other index raises
 /// SubscriptOutOfRange.

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "base/numbers.h"
 #include "base/text.h"
 #include "script/token_walk.h"
 
@@ -17,6 +18,10 @@ constexpr TypeWord kTypeWords[] = {
     {"b", kByte},  {"byte", kByte},   {"char", kByte},  {"i", kWord},    {"word", kWord},       {"int", kWord},
     {"l", kDword}, {"dword", kDword}, {"long", kDword}, {"p", kPointer}, {"pointer", kPointer}, {"ptr", kPointer},
 };
+
+constexpr std::size_t kBytesOfFirstLine = 6;
+constexpr std::size_t kLongestMovement = 256;
+constexpr unsigned char kEndOfMovement = 0xFF;
 
 constexpr std::string_view kRecordTypes[] = {"move", "binary", "raw"};
 
@@ -53,6 +58,22 @@ std::string Record::Draw(std::string_view line) const {
     append_number(kinds, kind);
   }
   return num_.kaCodevals(values, kinds);
+}
+
+std::size_t Record::undraw(std::string& data, std::int16_t stop) const {
+  files_->echo(" - MOVEMENT DATA ASSUMED");
+  std::string text = "#move ";
+  std::size_t count = 0;
+  while (count < data.size()) {
+    const auto byte = static_cast<unsigned char>(data[count]);
+    // One break, behind the sixth byte: the second line may be long.
+    if (count == kBytesOfFirstLine) text.append(kLineEnd).append("#move ");
+    text.append("&h").append(hex(byte)).append(" ");
+    ++count;
+    if ((stop != 0 && byte == kEndOfMovement) || count == kLongestMovement) break;
+  }
+  data = std::move(text);
+  return count;
 }
 
 }  // namespace tidewright

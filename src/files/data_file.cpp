@@ -1,6 +1,7 @@
 #include "files/data_file.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "base/errors.h"
 #include "base/text.h"
@@ -19,9 +20,10 @@ bool DataFile::fill() {
   if (read_at_ < read_buffer_.size()) return true;
   want_readable();
   const std::int64_t position = read_position();
-  read_buffer_.resize(kBufferSize);
+  const std::size_t size = std::exchange(moved_, false) ? kFirstPiece : kBufferSize;
+  read_buffer_.resize(size);
   file_->seek(position);
-  read_buffer_.resize(file_->read(read_buffer_.data(), kBufferSize));
+  read_buffer_.resize(file_->read(read_buffer_.data(), size));
   buffer_start_ = position;
   read_at_ = 0;
   return !read_buffer_.empty();
@@ -94,6 +96,12 @@ void DataFile::write(std::string_view bytes) {
 void DataFile::seek(std::int64_t position) {
   if (position == this->position()) return;
   flush();
+  const std::int64_t in_buffer = position - buffer_start_;
+  if (in_buffer >= 0 && in_buffer < static_cast<std::int64_t>(read_buffer_.size())) {
+    read_at_ = static_cast<std::size_t>(in_buffer);
+    return;
+  }
+  moved_ = true;
   buffer_start_ = position;
   read_buffer_.clear();
   read_at_ = 0;
@@ -112,6 +120,7 @@ void DataFile::flush() {
   if (write_buffer_.empty()) return;
   std::string bytes;
   bytes.swap(write_buffer_);
+  const bool lost_before = std::exchange(lost_bytes_, true);  // until all of these have arrived
   file_->seek(buffer_start_);
   for (std::string_view left = bytes; !left.empty();) {
     const std::size_t written = file_->write(left);
@@ -119,6 +128,7 @@ void DataFile::flush() {
     buffer_start_ += static_cast<std::int64_t>(written);
     left.remove_prefix(written);
   }
+  lost_bytes_ = lost_before;
   bytes.clear();
   bytes.swap(write_buffer_);  // keeps its memory for the next run
 }

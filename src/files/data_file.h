@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -16,11 +17,22 @@ namespace tidewright {
 /// fails, so that nothing is ever written twice, and the position is then behind the last byte that arrived.
 class DataFile {
  public:
+  /// Where a file is written that takes the name of its target only when it is whole. Both paths are whole ones.
+  struct Beside {
+    std::string temporary;
+    std::string target;
+  };
+
   DataFile(std::unique_ptr<File> file, std::string name, std::string whole_path, bool readable, bool writable);
+
+  /// Set by FileHandle, which gives the file its target's name or removes it.
+  std::optional<Beside> beside;
 
   const std::string& name() const { return name_; }
   const std::string& whole_path() const { return whole_path_; }
   bool writable() const { return writable_; }
+  /// Whether bytes that were written did not reach the platform.
+  bool lost_bytes() const { return lost_bytes_; }
 
   /// Physical text lines read so far: the number of the line last read, 1-based.
   std::int32_t lines_read() const { return lines_read_; }
@@ -51,6 +63,7 @@ class DataFile {
 
  private:
   static constexpr std::size_t kBufferSize = 65536;
+  static constexpr std::size_t kFirstPiece = 4096;  // read behind a seek: who jumps about reads little at each place
 
   std::int64_t read_position() const { return buffer_start_ + static_cast<std::int64_t>(read_at_); }
   std::int64_t write_position() const { return buffer_start_ + static_cast<std::int64_t>(write_buffer_.size()); }
@@ -63,12 +76,14 @@ class DataFile {
   std::string whole_path_;
   bool readable_;
   bool writable_;
+  bool lost_bytes_ = false;
   std::int32_t lines_read_ = 0;
 
   // At most one of the two buffers holds bytes; the file position of its first byte is buffer_start_.
   std::int64_t buffer_start_ = 0;
   std::string read_buffer_;
   std::size_t read_at_ = 0;
+  bool moved_ = false;  // by a seek, and nothing is read since
   std::string write_buffer_;
 };
 

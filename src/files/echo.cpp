@@ -37,6 +37,7 @@ FileHandle::FileHandle(const Host& host, const std::string& log_folder) : host_(
 }
 
 FileHandle::~FileHandle() {
+  close_all();
   flush_output();
 }
 

@@ -11,8 +11,6 @@ namespace tidewright {
 namespace {
 
 constexpr std::size_t kDefaultBlock = 1000;
-constexpr std::size_t kLongestPut = 32767;  // lengths and counters of fields are 16-bit signed numbers
-constexpr std::uint8_t kStringTag = 8;
 
 enum class Field { none, line, value, byte, integer, long_integer, string, block };
 
@@ -117,7 +115,7 @@ std::string FileHandle::OpenFile(std::string& name, std::string& mode, bool conf
   lineno(0);
   try {
     echo(cat({"#PROCESS: ", name, " F:", level_, " for ", mode}), true);
-    open_current(name, lowered(mode));
+    open_current(name, lowered(mode), confirm);
   } catch (...) {
     --level_;
     throw;
@@ -126,15 +124,16 @@ std::string FileHandle::OpenFile(std::string& name, std::string& mode, bool conf
   return files_[static_cast<std::size_t>(level_)] ? name : "False";
 }
 
-void FileHandle::open_current(const std::string& name, const std::string& mode) {
+void FileHandle::open_current(const std::string& name, const std::string& mode, bool replacing) {
   const bool in_place = mode == "read" || mode == "write";
   if (mode != "input" && mode != "output" && !in_place) return;
   const std::string path = actual_path(host_.files, name);
   refuse_open_twice(path, mode != "input");
+  if (replacing && (mode == "output" || mode == "write")) return open_beside(path, mode == "write");
   std::optional<DataFile>& slot = files_[static_cast<std::size_t>(level_)];
   const auto open_as = [&](Access access, bool readable, bool writable) {
     std::unique_ptr<File> file = host_.files.open(path, access);
-    slot.emplace(std::move(file), path, host_.files.whole_path(path), readable, writable);
+    slot.emplace(std::move(file), path, whole_path(path), readable, writable);
   };
   if (mode == "input") {
     open_as(Access::read, true, false);
@@ -151,16 +150,48 @@ void FileHandle::open_current(const std::string& name, const std::string& mode) 
   }
 }
 
+// Opens the file that is to bear the name `path`, under a name beside it.
+void FileHandle::open_beside(const std::string& path, bool readable) {
+  const std::string target = whole_name(path);
+  const std::optional<Entry> old = host_.files.find(target);
+  // What can never be replaced is refused now, not when all is written.
+  if (target.back() == host_.files.separator() || (old && (old->attributes & kDirectory) != 0)) {
+    raise(ErrorNumber::path_access, path);
+  }
+  std::string temporary = target + ".part";
+  for (int number = 2; host_.files.find(temporary); ++number) temporary = cat({target, ".part", number});
+  std::unique_ptr<File> file = host_.files.open(temporary, Access::create, path);
+  std::optional<DataFile>& slot = files_[static_cast<std::size_t>(level_)];
+  slot.emplace(std::move(file), path, whole_path(path), readable, true);
+  slot->beside = {std::move(temporary), target};
+}
+
+// The whole path under which a file of this name is made: its folder's whole path and the name. The current folder may
+// be another one when the file is closed.
+std::string FileHandle::whole_name(const std::string& path) const {
+  const bool in_drive = path.size() >= 2 && path[1] == ':';
+  const std::size_t start = std::max(last_separator(path) + 1, static_cast<std::size_t>(in_drive ? 2 : 0));
+  const std::string folder = start == 0 ? "." : path.substr(0, start);
+  return joined(host_.files, host_.files.whole_path(folder), path.substr(start));
+}
+
+// The one whole form of a path, also of a file that is not there yet.
+std::string FileHandle::whole_path(const std::string& path) const {
+  return host_.files.find(path) ? host_.files.whole_path(path) : whole_name(path);
+}
+
 void FileHandle::refuse_open_twice(const std::string& path, bool writing) const {
+  const std::string whole = whole_path(path);
   for (std::size_t number = kLogFile; number <= kLastFile; ++number) {
     const std::optional<DataFile>& file = files_[number];
-    if (file && file->whole_path() == host_.files.whole_path(path) && (writing || file->writable())) {
+    if (file && file->whole_path() == whole && (writing || file->writable())) {
       raise(ErrorNumber::file_already_open, path);
     }
   }
 }
 
 // Whether the file exists, as OpenFile wants to know it: a file to be written that the user agrees to delete does not.
+// It is there until the new one is whole.
 bool FileHandle::exist(std::string& name, bool writing, bool confirm) {
   bool found = look_up(name);
   if (!found && !is_absolute(name)) {
@@ -169,9 +200,7 @@ bool FileHandle::exist(std::string& name, bool writing, bool confirm) {
     if (found) name = shipped;
   }
   if (!found || !writing || !confirm) return found;
-  if (!yes_no_box("File Exists. Delete?", "Delete File")) return true;
-  host_.files.remove_file(actual_path(host_.files, name));
-  return false;
+  return !yes_no_box("File Exists. Delete?", "Delete File");
 }
 
 // Puts the name of the first file that `name`, maybe with wildcards, matches in the place of its last part.
@@ -193,7 +222,7 @@ void FileHandle::closefile() {
   files_[static_cast<std::size_t>(level_)].reset();
   const auto above = static_cast<std::size_t>(level_) + 1;
   --level_;
-  if (file) file->close();
+  if (file) finish(file);
   echo("|");
   // The line counter above the closed level is reported, not the closed level's own. Kept: logs are compared across
   // versions. Level 16 has no counter above it.
@@ -202,10 +231,35 @@ void FileHandle::closefile() {
   echo(" ");
 }
 
+// Closes a file; one that stands beside its target takes its place, or is removed when anything of it is missing.
+void FileHandle::finish(std::optional<DataFile>& file) {
+  if (!file->beside) return file->close();
+  try {
+    file->close();
+    if (file->lost_bytes()) raise(ErrorNumber::device_io, cat({file->name(), " was not written whole"}));
+    host_.files.replace_file(file->beside->temporary, file->beside->target);
+  } catch (...) {
+    discard(file);
+    throw;
+  }
+}
+
+// Closes a file that stands beside its target, and removes it.
+void FileHandle::discard(std::optional<DataFile>& file) {
+  const std::string temporary = std::move(file->beside->temporary);
+  file.reset();
+  try {
+    host_.files.remove_file(temporary);
+  } catch (const RuntimeError&) {
+    // The failure that led here is what the user is told.
+  }
+}
+
 void FileHandle::close_all() {
   for (; level_ > kLogFile; --level_) {
     std::optional<DataFile>& file = files_[static_cast<std::size_t>(level_)];
     try {
+      if (file && file->beside) discard(file);
       if (file) file->close();
     } catch (const RuntimeError&) {
       // Only called because something failed already; that is what the user is told.

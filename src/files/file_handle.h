@@ -27,6 +27,11 @@ class FileHandle {
   static constexpr int kLogFile = 1;
   static constexpr int kLastFile = 16;
 
+  /// What stands before the length of a "string" field, and the longest text that putdata takes: lengths and counters
+  /// of fields are 16-bit signed numbers.
+  static constexpr std::uint8_t kStringTag = 8;
+  static constexpr std::size_t kLongestPut = 32767;
+
   /// What Dos reports of a command that failed.
   static constexpr std::string_view kFailedCommand = "Invalid path or filename";
 
@@ -76,17 +81,18 @@ class FileHandle {
   /// Opens a file as the new current one. `mode`: "input" and "output" are text files read and written line by line,
   /// "read" and "write" are binary files read and written in place; letter case does not count, and an "old:" before it
   /// is taken off. An existing file is opened for "output" or "write" only when the user, asked because `confirm` is
-  /// set, agreed to its deletion. An empty `name` asks for a file; `name` is replaced by the name found or chosen.
-  /// Returns the name, an empty text when nothing was opened, "False" for an unknown mode (the level is raised all the
-  /// same). Raises SubscriptOutOfRange for a 17th level, FileAlreadyOpen, and what opening raises; the level stays
-  /// then.
+  /// set, agreed to its deletion. With `confirm`, what is written takes the place of the old file when closefile()
+  /// closes it, whole; until then, and after an error, the old one stays. An empty `name` asks for a file; `name` is
+  /// replaced by the name found or chosen. Returns the name, an empty text when nothing was opened, "False" for an
+  /// unknown mode (the level is raised all the same). Raises SubscriptOutOfRange for a 17th level, FileAlreadyOpen, and
+  /// what opening raises; the level stays then.
   std::string OpenFile(std::string& name, std::string& mode, bool confirm = false);
 
   /// Closes the current data file and reports it; nothing happens when there is none. Raises SubscriptOutOfRange after
-  /// closing level 16, whose report would want a 17th counter.
+  /// closing level 16, whose report would want a 17th counter, and what writing or replacing raises; it is closed then.
   void closefile();
 
-  /// Closes all data files without a report and without raising.
+  /// Closes all data files without a report and without raising. One that was to replace another is removed.
   void close_all();
 
   /// Nesting level: the number of the current file, 1 while only the log is open.
@@ -113,6 +119,9 @@ class FileHandle {
   /// bytes and a "block" above 32767 bytes. "value", "megablock" and unknown words write nothing.
   void putdata(std::string_view type, const FieldValue& value);
 
+  /// Reads `size` bytes as "block" does, zeros beyond the end, and does not count in lineno.
+  std::string getblock(std::size_t size) { return current().read(size); }
+
   /// putdata("block", bytes).
   void putblock(std::string_view bytes);
 
@@ -126,6 +135,8 @@ class FileHandle {
   std::int32_t fLen();
   bool ENDOF();
 
+  /// The current file's name, as the platform knows it.
+  const std::string& data_name() { return current().name(); }
   /// Whether the current file may be written.
   bool can_write() { return current().writable(); }
   /// Bytes written to the current file that the platform has not been given yet; 0 while only the log is open.
@@ -163,7 +174,12 @@ class FileHandle {
   DataFile& current();
   bool exist(std::string& name, bool writing, bool confirm);
   bool look_up(std::string& name);
-  void open_current(const std::string& name, const std::string& mode);
+  void open_current(const std::string& name, const std::string& mode, bool replacing);
+  void open_beside(const std::string& path, bool readable);
+  void finish(std::optional<DataFile>& file);
+  void discard(std::optional<DataFile>& file);
+  std::string whole_name(const std::string& path) const;
+  std::string whole_path(const std::string& path) const;
   void refuse_open_twice(const std::string& path, bool writing) const;
   std::string quoted_name(const std::string& quoted) const;
   std::string short_form(const std::string& path, const std::string& name) const;

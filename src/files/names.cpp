@@ -67,6 +67,20 @@ std::string joined(Files& files, std::string_view folder, std::string_view name)
   return cat({folder, files.separator(), name});
 }
 
+std::string folder_of(const std::string& path) {
+  const std::size_t separator = last_separator(path);
+  if (separator == std::string::npos) return "";
+  const bool root = separator == 0 || (separator == 2 && path[1] == ':');
+  return path.substr(0, root ? separator + 1 : separator);
+}
+
+std::string with_ending(const std::string& path, std::string_view ending) {
+  const std::size_t name = last_separator(path) + 1;
+  const std::size_t dot = path.rfind('.');
+  const bool has_extension = dot != std::string::npos && dot > name;
+  return cat({std::string_view(path).substr(0, has_extension ? dot : path.size()), ending});
+}
+
 std::string blank_free(std::string_view name) {
   std::string result;
   for (std::size_t i = 0; i < name.size(); ++i) {

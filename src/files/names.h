@@ -19,6 +19,12 @@ bool is_absolute(std::string_view path);
 /// `folder` and `name` with the host's separator between them, which is not doubled.
 std::string joined(Files& files, std::string_view folder, std::string_view name);
 
+/// The folder of a path, where its last separator stands; a root keeps its separator. Empty for a bare name.
+std::string folder_of(const std::string& path);
+
+/// `path` without the extension of its last part, and with `ending` in its place.
+std::string with_ending(const std::string& path, std::string_view ending);
+
 /// A form of `name` that survives the cut at blanks and the rewriting of "#" and "0x": each character that would not is
 /// written "%" and two hexadecimal digits, and so is a "%" that could be taken for one.
 std::string blank_free(std::string_view name);

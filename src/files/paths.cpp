@@ -29,12 +29,6 @@ Part part_of(std::string_view word) {
   return Part::none;
 }
 
-// The folder of a path, given where its last separator stands; a root keeps its separator.
-std::string folder_of(const std::string& path, std::size_t separator) {
-  const bool root = separator == 0 || (separator == 2 && path[1] == ':');
-  return path.substr(0, root ? separator + 1 : separator);
-}
-
 }  // namespace
 
 std::string FileHandle::filename(std::string_view part) const {
@@ -81,7 +75,7 @@ bool FileHandle::filename(std::string_view part, const std::string& text) {
     // A character is always left out for the dot, so a name without one loses its last letter. Kept as it is.
     const std::size_t end = in_name ? dot : text.size() - 1;
     if (start < end) name_ = text.substr(start, end - start);
-    if (separator != std::string::npos) folder = folder_of(text, separator);
+    if (separator != std::string::npos) folder = folder_of(text);
   }
   return folder.empty() || Dos("chdir", folder) != kFailedCommand;
 }
@@ -118,7 +112,7 @@ std::string FileHandle::quoted_name(const std::string& quoted) const {
   const std::string path = actual_path(host_.files, quoted);
   const std::size_t separator = last_separator(path);
   if (separator != std::string::npos) {
-    const std::string folder = host_.files.whole_path(folder_of(path, separator));
+    const std::string folder = host_.files.whole_path(folder_of(path));
     if (folder != host_.files.whole_path(host_.files.current_folder())) return "";
   }
   std::optional<Entry> found = host_.files.find(path);

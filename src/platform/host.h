@@ -60,7 +60,9 @@ class Files {
  public:
   virtual ~Files() = default;
 
-  virtual std::unique_ptr<File> open(const std::string& path, Access access) = 0;
+  /// Errors of opening and of the file opened call it `called`.
+  virtual std::unique_ptr<File> open(const std::string& path, Access access, const std::string& called) = 0;
+  std::unique_ptr<File> open(const std::string& path, Access access) { return open(path, access, path); }
 
   /// '\\' or '/': what stands between folders in the paths that the program composes.
   virtual char separator() const = 0;
@@ -81,6 +83,9 @@ class Files {
   virtual void make_folder(const std::string& folder) = 0;
   virtual void remove_folder(const std::string& folder) = 0;
   virtual void remove_file(const std::string& path) = 0;
+  /// Gives the file `from` the name `to`, in one step: whoever looks finds what bore that name before, or the new file.
+  /// Errors name `to`.
+  virtual void replace_file(const std::string& from, const std::string& to) = 0;
 
   /// The one whole form of the path of an existing file or folder, without ".", ".." and links; `path` itself when it
   /// names nothing. Two paths of one file have the same.
@@ -111,6 +116,8 @@ class Desktop {
   virtual ~Desktop() = default;
   virtual void open_document(const std::string& path) = 0;
   virtual void start_program(const std::string& command) = 0;
+  /// Opens a text in the platform's plain editor.
+  virtual void edit_text(const std::string& path) = 0;
 };
 
 /// The person. A box returns once it is answered; where nobody can be asked, a choice counts as cancelled.

@@ -41,10 +41,7 @@ void Control::run_file(std::string name) {
 
 void Control::guarded(const std::function<void()>& work) {
   if (guarded_) return work();
-  // The console's own counter starts anew in time: a session may have any number of lines.
-  constexpr std::int16_t kConsoleLines = 32000;
-  FileHandle& files = shared_.file_handle;
-  if (files.level() == FileHandle::kLogFile && files.lineno() > kConsoleLines) files.lineno(0);
+  if (shared_.file_handle.level() == FileHandle::kLogFile) keep_counting();
   guarded_ = true;
   failed_statement_.clear();
   try {
@@ -222,6 +219,12 @@ void Control::advance_lineno() {
   files.lineno(checked_add(files.lineno(), 1));
 }
 
+// Starts the 16-bit counter anew in time: a session, and a script, may have any number of lines.
+void Control::keep_counting() {
+  constexpr std::int16_t kLast = 32000;
+  if (shared_.file_handle.lineno() > kLast) shared_.file_handle.lineno(0);
+}
+
 // Feeds the lines of the current file to KaCode, and those of every file that they open. Started anew inside a running
 // file it returns to that file; otherwise it ends with the last open file.
 void Control::run_files() {
@@ -236,6 +239,7 @@ void Control::run_files() {
       files.closefile();
       continue;
     }
+    keep_counting();
     files.getline(line);
     if (!line.empty()) KaCode(line);
   }

@@ -2,7 +2,7 @@
 //
 // control.cpp takes lines in and compiles code lines; directives.cpp finds directives in their table and carries out
 // the settings and the small ones; definitions.cpp loads command databases; data_lines.cpp writes labels, inline and
-// raw data; runs.cpp is about whole files.
+// raw data; runs.cpp includes scripts and burns; conversions.cpp makes scripts of buffer files and images, and back.
 #pragma once
 
 #include <cstdint>
@@ -40,6 +40,10 @@ class Control {
 
   /// Compiles or carries out one line. A "//" line replaces `line` by its text.
   void KaCode(std::string& line);
+
+  /// See Decompiler. Both work on the session's buffers.
+  void KaScript();
+  void kascriptraw(std::int32_t& offset, std::int16_t& kind);
 
   /// Carries out one directive: its text without the "#", and the line's comment.
   void ProcessDirective(const std::string& text, const std::string& comment);
@@ -80,6 +84,7 @@ class Control {
   void write(std::string_view bytes, std::string_view pointers, std::int16_t mode);
   void run_files();
   void advance_lineno();
+  void keep_counting();
 
   // directives.cpp
   void nothing(Directive&, std::string_view);
@@ -119,9 +124,18 @@ class Control {
   void inline_data(Directive&, std::string_view);
   void raw_data(Directive&, std::string_view);
 
-  // runs.cpp
+  // runs.cpp and conversions.cpp
   void include(Directive&, std::string_view);
   void endfile(Directive&, std::string_view);
+  void encode(Directive&, std::string_view);
+  void decode(Directive&, std::string_view);
+  void rawdecode(Directive&, std::string_view);
+  void kapoke(Directive&, std::string_view);
+  void kapeek(Directive&, std::string_view);
+  void kascript(Directive&, std::string_view);
+  bool write_buffers(const std::string& path);
+  void write_script(const std::string& path);
+  void echo_script();
   void kapop(Directive&, std::string_view);
   void kapush(Directive&, std::string_view);
 

@@ -36,9 +36,9 @@ constexpr Control::Row Control::kDirectives[] = {
     {"install", &Control::install},
     {"boot", &Control::boot},
     {"codeset", &Control::codeset},
-    {"decode", &Control::not_available},
-    {"rawdecode", &Control::not_available},
-    {"encode", &Control::not_available},
+    {"decode", &Control::decode},
+    {"rawdecode", &Control::rawdecode},
+    {"encode", &Control::encode},
     {"dir", &Control::dos, "dir"},
     {"cd", &Control::dos, "cd"},
     {"cd..", &Control::dos, "cd.."},
@@ -64,12 +64,12 @@ constexpr Control::Row Control::kDirectives[] = {
     {"kacode", &Control::include},
     {"endfile", &Control::endfile},
     {"cls", &Control::cls},
-    {"kapoke", &Control::not_available},
-    {"kapeek", &Control::not_available},
+    {"kapoke", &Control::kapoke},
+    {"kapeek", &Control::kapeek},
     {"kapop", &Control::kapop},
     {"kapow", &Control::kapow},
     {"kapush", &Control::kapush},
-    {"kascript", &Control::not_available},
+    {"kascript", &Control::kascript},
     {"kableewy", &Control::kableewy},
     {"exit", &Control::exit},
     {"addtext", &Control::addtext, "text"},
@@ -123,7 +123,7 @@ void Control::file(Directive& directive, std::string_view /*detail*/) {
 }
 
 void Control::whoami(Directive& /*directive*/, std::string_view /*detail*/) {
-  shared_.file_handle.echo({"Tidewright ", kVersion});
+  shared_.file_handle.echo({kTitle, " ", kVersion});
 }
 
 void Control::echo_setting(std::string_view name, bool on) {

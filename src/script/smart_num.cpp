@@ -93,9 +93,19 @@ std::string SmartNum::kaRipvals(std::string_view bytes, std::string_view kinds) 
     const std::string_view piece =
         position > bytes.size() ? std::string_view() : bytes.substr(position - 1, static_cast<std::size_t>(size));
     if (position > 1) result += ' ';
-    result += numberpull(piece, size);
+    rip_value(piece, result);
   }
   return result;
+}
+
+void SmartNum::rip_value(std::string_view bytes, std::string& text) {
+  constexpr std::string_view kDigits = "0123456789ABCDEF";
+  text += "&h";
+  for (std::size_t i = bytes.size(); i-- > 0;) {
+    const auto byte = static_cast<unsigned char>(bytes[i]);
+    text += kDigits[byte >> 4];
+    text += kDigits[byte & 15];
+  }
 }
 
 bool SmartNum::isvalue(std::string_view text, bool allow_dollar) {
@@ -138,9 +148,29 @@ std::string SmartNum::pointer_bytes(std::int32_t pointer) {
   return bytes;
 }
 
+std::int32_t SmartNum::pointer_value(std::string_view bytes) {
+  std::uint32_t value = 0;
+  for (std::size_t i = bytes.size(); i-- > 0;) value = value << 8 | static_cast<unsigned char>(bytes[i]);
+  return static_cast<std::int32_t>(value);
+}
+
 std::string SmartNum::numberpull(std::string_view bytes, int /*kind*/) {
-  std::string turned(bytes.rbegin(), bytes.rend());
-  return "&h" + hex_bytes(turned);
+  std::string text;
+  rip_value(bytes, text);
+  return text;
+}
+
+std::string SmartNum::pointer_name(std::string_view value) {
+  const double number = Val(value);
+  return number > 0 ? "&h" + hex(to_long(number)) : std::string(value);
+}
+
+std::string_view SmartNum::position_text(std::string_view name) {
+  const std::size_t dot = name.find('.');
+  if (dot == std::string_view::npos) return name;
+  const std::string_view text = name.substr(dot + 1);
+  const std::string_view last = name.substr(name.rfind('.') + 1);
+  return number_prefix(text).length == 0 && number_prefix(last).length > 0 ? last : text;
 }
 
 std::int32_t SmartNum::CPtr(std::string_view value) const {

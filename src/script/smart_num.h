@@ -63,6 +63,9 @@ class SmartNum {
   /// whatever the width: callers that read several values pass them one at a time.
   std::string kaRipvals(std::string_view bytes, std::string_view kinds) const;
 
+  /// The same for the one value that is all of `bytes`, appended to `text`.
+  static void rip_value(std::string_view bytes, std::string& text);
+
   /// As is_value(), but a text that begins with a capital "&H" is none.
   static bool isvalue(std::string_view text, bool allow_dollar);
 
@@ -74,11 +77,20 @@ class SmartNum {
   /// How many hexadecimal digits numberpush sees in a value whose numeric reading is `number`.
   static std::size_t digits(std::string_view value, double number);
 
-  /// The four bytes of a pointer whose value is known.
+  /// The four bytes of a pointer whose value is known, and back.
   static std::string pointer_bytes(std::int32_t pointer);
+  static std::int32_t pointer_value(std::string_view bytes);
 
   /// "&h" and two upper-case digits for each byte, the last byte first. `kind` does not count.
   static std::string numberpull(std::string_view bytes, int kind);
+
+  /// The name that a pointer is registered by: a number above 0 in its hexadecimal form, any other text as it is.
+  static std::string pointer_name(std::string_view value);
+
+  /// What of a label's or pointer's name may be its position: "house.&h1000" carries one behind its first dot. Where
+  /// that is no number, as when a name read from a buffer file was given a prefix, what stands behind the last dot may
+  /// be one.
+  static std::string_view position_text(std::string_view name);
 
   /// A pointer's 32-bit value: the bank base is added to a value above 0 and below it while autobank is on. Raises
   /// Overflow.

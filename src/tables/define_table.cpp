@@ -25,7 +25,7 @@ const std::string* DefineTable::find(std::string_view name) const {
 }
 
 std::string DefineTable::replace(std::string line) const {
-  if (values_.count() == 0) return line;
+  if (empty()) return line;
   for (std::size_t start = 0; start < line.size();) {
     std::size_t end = line.find(' ', start);
     if (end == std::string::npos) end = line.size();

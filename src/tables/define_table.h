@@ -17,6 +17,8 @@ class DefineTable {
   /// What `name` stands for, followed to the last definition; null when it is not defined.
   const std::string* find(std::string_view name) const;
 
+  bool empty() const { return values_.count() == 0; }
+
   /// `line` with every blank-separated token that is a defined name replaced by its value. Nothing inside a token is
   /// ever replaced.
   std::string replace(std::string line) const;

@@ -224,7 +224,7 @@ TEST_P(FileHandleTest, PatchesInPlaceAsATextIsPatched) {
 
 // ---- opening ----
 
-TEST_P(FileHandleTest, DeletesAnExistingFileOnlyWithConsent) {
+TEST_P(FileHandleTest, ReplacesAnExistingFileOnlyWithConsent) {
   add("/desk/old.txt", "old");
   EXPECT_EQ(open("old.txt", "output"), "");
   user.yes_no_answers = {false, true};
@@ -232,6 +232,8 @@ TEST_P(FileHandleTest, DeletesAnExistingFileOnlyWithConsent) {
   EXPECT_EQ(content("/desk/old.txt"), "old");
   EXPECT_EQ(files.level(), 1);
   EXPECT_EQ(open("old.txt", "old:output", true), "old.txt");
+  EXPECT_EQ(content("/desk/old.txt"), "old") << "until the new one is whole";
+  files.closefile();
   EXPECT_EQ(content("/desk/old.txt"), "");
   ASSERT_EQ(user.boxes.size(), 2U);
   EXPECT_EQ(user.boxes[1].title + "/" + user.boxes[1].text, "Delete File/File Exists. Delete?");
@@ -241,8 +243,119 @@ TEST_P(FileHandleTest, DeletesAnExistingFileOnlyWithConsent) {
   EXPECT_EQ(files.OpenFile(name, mode), "new.bin");
   EXPECT_EQ(mode, "Write");
   const std::vector<std::string>& shown = session.console.lines;
-  EXPECT_EQ(shown[shown.size() - 2], "#PROCESS: new.bin F:3 for Write");
+  EXPECT_EQ(shown[shown.size() - 2], "#PROCESS: new.bin F:2 for Write");
   EXPECT_EQ(shown.back(), std::string(30, '-'));
+}
+
+// What is written with consent is there whole under its name, or not at all.
+TEST_P(FileHandleTest, OutputIsWholeOrAbsent) {
+  const std::string most(32767, 'n');
+  for (const bool replaces : {false, true}) {
+    // What happens between opening and the end, and the error of closefile() or of what stands for it.
+    struct Case {
+      std::string what;
+      std::function<void()> action;
+      int error;
+    };
+    const auto write = [&] { files.putdata("block", "new"); };
+    for (const Case& c : std::initializer_list<Case>{{"closed",
+                                                      [&] {
+                                                        write();
+                                                        files.closefile();
+                                                      },
+                                                      0},
+                                                     {"closed from elsewhere",
+                                                      [&] {
+                                                        write();
+                                                        dos("cd", own("/tidewright"));
+                                                        files.closefile();
+                                                      },
+                                                      0},
+                                                     {"ended",
+                                                      [&] {
+                                                        write();
+                                                        files.close_all();
+                                                      },
+                                                      0},
+                                                     {"disk full",
+                                                      [&] {
+                                                        write();
+                                                        machine.disk_full_after(2);
+                                                        files.closefile();
+                                                      },
+                                                      61},
+                                                     {"no replacing",
+                                                      [&] {
+                                                        write();
+                                                        machine.deny(own("/desk/out/a.buf"));
+                                                        files.closefile();
+                                                      },
+                                                      70},
+                                                     {"lost before",
+                                                      [&] {
+                                                        for (int i = 0; i < 2; ++i) files.putdata("block", most);
+                                                        machine.disk_full_after(2);
+                                                        EXPECT_EQ(error_of([&] { files.fLen(); }), 61);
+                                                        machine.disk_full_after(std::nullopt);
+                                                        write();
+                                                        files.closefile();
+                                                      },
+                                                      57}}) {
+      SCOPED_TRACE(c.what + (replaces ? ", replacing" : ""));
+      dos("cd", own("/desk"));
+      machine.add_folder(own("/desk/out"));
+      if (machine.exists(own("/desk/out/a.buf"))) machine.files().remove_file(own("/desk/out/a.buf"));
+      add("/desk/out/a.buf.part", "someone's");
+      if (replaces) add("/desk/out/a.buf", "old");
+      user.yes_no_answers = {true};
+      const std::string name = own("out/a.buf");
+      EXPECT_EQ(open(name, "write", true), name);
+      EXPECT_EQ(files.data_name(), name);
+      EXPECT_EQ(error_of([&] { open(own("/desk/out/a.buf"), replaces ? "read" : "write"); }), 55);
+      EXPECT_EQ(machine.exists(own("/desk/out/a.buf")), replaces);
+      std::string told;
+      int error = 0;
+      try {
+        c.action();
+      } catch (const RuntimeError& raised) {
+        error = static_cast<int>(raised.number);
+        told = raised.description;
+      }
+      EXPECT_EQ(error, c.error) << told;
+      EXPECT_EQ(told.find("part"), std::string::npos) << told;
+      EXPECT_EQ(files.level(), 1);
+      machine.disk_full_after(std::nullopt);
+      machine.deny(own("/desk/out/a.buf"), false);
+      const std::string wanted = c.what.starts_with("closed") ? "new" : replaces ? "old" : "";
+      if (wanted.empty()) {
+        EXPECT_FALSE(machine.exists(own("/desk/out/a.buf")));
+      } else {
+        EXPECT_EQ(content("/desk/out/a.buf"), wanted);
+      }
+      EXPECT_EQ(content("/desk/out/a.buf.part"), "someone's");
+      EXPECT_FALSE(machine.exists(own("/desk/out/a.buf.part2")));
+    }
+  }
+  user.yes_no_answers = {true};
+  open(own("out/a.buf"), "output", true);
+  EXPECT_TRUE(machine.exists(own("/desk/out/a.buf.part2")));
+  session.shared.reset();
+  EXPECT_FALSE(machine.exists(own("/desk/out/a.buf.part2"))) << "the end of the session";
+}
+
+TEST_P(FileHandleTest, RefusesAtOnceWhatCannotBeReplaced) {
+  add("/desk/sub/a.txt");
+  add("/desk/open.txt");
+  open("open.txt", "input");
+  user.yes_no_answers = {true};
+  for (const auto& [name, wanted] : Rows{{"open.txt", "error 55"},
+                                         {own("/desk/sub"), "error 75"},
+                                         {own("new/"), "error 75"},
+                                         {own("none/a.txt"), windows() ? "error 76" : "error 53"}}) {
+    EXPECT_EQ(outcome([&, &name = name] { return open(name, "output", true); }), wanted) << name;
+  }
+  EXPECT_EQ(files.level(), 2);
+  EXPECT_EQ(machine.files().list(own("/desk/*"), kEveryAttribute).size(), 2U);
 }
 
 TEST_P(FileHandleTest, OpensNothingWithoutAFile) {

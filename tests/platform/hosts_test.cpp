@@ -189,6 +189,25 @@ TEST_P(EveryMachine, RaisesTheErrorOfTheRefusal) {
   EXPECT_EQ(names(files().list("*", kDirectory)), "file sub");
 }
 
+TEST_P(EveryMachine, GivesAFileTheNameOfAnother) {
+  files().make_folder("sub");
+  put(files(), "sub/new", "new");
+  put(files(), "old", "an older one");
+  files().replace_file("sub/new", "old");
+  files().replace_file("old", "sub/Third");
+  files().replace_file("sub/Third", "sub/Third");
+  EXPECT_EQ(names(files().list("*", kDirectory)) + " " + names(files().list("sub/*", 0)), "sub Third");
+  EXPECT_EQ(content(files(), "sub/Third"), "new");
+  const std::initializer_list<std::tuple<std::string, int, int>> refused{
+      {"sub", 75, 75}, {"none/x", 53, 76}, {"sub/Third/x", 76, 76}};
+  for (const auto& [to, posix, windowed] : refused) {
+    EXPECT_EQ(error_of([&, &to = to] { files().replace_file("sub/Third", to); }, to), windows() ? windowed : posix)
+        << to;
+  }
+  EXPECT_EQ(error_of([&] { files().replace_file("none", "sub/Third"); }), 53);
+  EXPECT_EQ(content(files(), "sub/Third"), "new");
+}
+
 TEST_P(EveryMachine, FindsAndLists) {
   files().make_folder("sub");
   for (const std::string name : {"b.bin", "a.bin", "c", "B.txt", "sub/x", "sub/y"}) put(files(), name, "1");
@@ -475,6 +494,9 @@ TEST(MemoryFaults, WindowsProtectsOpenAndReadOnlyFiles) {
   file->close();
   machine.set_attributes("a", kReadOnly | kHidden | kSystem);
   EXPECT_EQ(error_of([&] { files.remove_file("a"); }), 70);
+  machine.add_file("b", "");
+  EXPECT_EQ(error_of([&] { files.replace_file("b", "a"); }), 70);
+  files.remove_file("b");
   EXPECT_EQ(names(files.list("*", kHidden)), "") << "each of the attributes must be asked for";
   EXPECT_EQ(names(files.list("*", kHidden | kSystem)), "a");
   machine.set_attributes("a", kNormal);

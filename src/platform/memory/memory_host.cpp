@@ -284,23 +284,23 @@ void MemoryFiles::raise_missing(const Place& place, const std::string& path, Err
 
 // The operations
 
-std::unique_ptr<File> MemoryFiles::open(const std::string& path, Access access) {
+std::unique_ptr<File> MemoryFiles::open(const std::string& path, Access access, const std::string& called) {
   const Place place = locate(path);
   const bool writing = access != Access::read;
-  refuse_denied(place, path);
-  if (writing && is_listed(faults_.write_denied, place.whole)) raise(ErrorNumber::permission_denied, path);
+  refuse_denied(place, called);
+  if (writing && is_listed(faults_.write_denied, place.whole)) raise(ErrorNumber::permission_denied, called);
   MemoryNode* node = existing(place);
   if (node == nullptr) {
     const bool can_be_made = writing && is_folder(parent(place.whole)) && at(place.whole) == nullptr;
-    if (!can_be_made) raise_missing(place, path, ErrorNumber::file_not_found);
-    if (place.folder_wanted) raise(ErrorNumber::path_access, path);
+    if (!can_be_made) raise_missing(place, called, ErrorNumber::file_not_found);
+    if (place.folder_wanted) raise(ErrorNumber::path_access, called);
     node = &insert(place.whole, kNormal);
   }
-  if ((node->attributes & kDirectory) != 0) raise(ErrorNumber::path_access, path);
-  if (writing && (node->attributes & kReadOnly) != 0) raise(ErrorNumber::permission_denied, path);
+  if ((node->attributes & kDirectory) != 0) raise(ErrorNumber::path_access, called);
+  if (writing && (node->attributes & kReadOnly) != 0) raise(ErrorNumber::permission_denied, called);
   if (access == Access::create) node->bytes.clear();
   const std::string place_key = key(place.whole);
-  return std::make_unique<MemoryFile>(path, place_key, nodes_.at(place_key), writing, faults_);
+  return std::make_unique<MemoryFile>(called, place_key, nodes_.at(place_key), writing, faults_);
 }
 
 std::string MemoryFiles::current_folder() {
@@ -363,16 +363,37 @@ void MemoryFiles::remove_folder(const std::string& folder) {
   nodes_.erase(key(place.whole));
 }
 
-void MemoryFiles::remove_file(const std::string& path) {
-  const Place place = locate(path);
-  refuse_denied(place, path);
+/// The key of the file at `place`, which can be taken away.
+std::string MemoryFiles::removable(const Place& place, const std::string& path) const {
   const MemoryNode* node = existing(place);
   if (node == nullptr) raise_missing(place, path, ErrorNumber::file_not_found);
   if ((node->attributes & kDirectory) != 0) raise(ErrorNumber::path_access, path);
   const auto item = nodes_.find(key(place.whole));
   const bool is_open = item->second.use_count() > 1;
   if (windows_ && (is_open || (node->attributes & kReadOnly) != 0)) raise(ErrorNumber::permission_denied, path);
-  nodes_.erase(item);
+  return item->first;
+}
+
+void MemoryFiles::remove_file(const std::string& path) {
+  const Place place = locate(path);
+  refuse_denied(place, path);
+  nodes_.erase(removable(place, path));
+}
+
+void MemoryFiles::replace_file(const std::string& from, const std::string& to) {
+  const Place source = locate(from);
+  const Place target = locate(to);
+  refuse_denied(source, to);
+  refuse_denied(target, to);
+  const std::string old_key = removable(source, to);
+  if (!is_folder(parent(target.whole))) raise_missing(target, to, ErrorNumber::file_not_found);
+  if (target.folder_wanted) raise(ErrorNumber::path_not_found, to);
+  if (key(target.whole) == old_key) return;
+  if (at(target.whole) != nullptr) nodes_.erase(removable(target, to));
+  const std::shared_ptr<MemoryNode> node = nodes_.extract(old_key).mapped();
+  node->name = last_part(target.whole);
+  if (windows_) node->short_name = free_short_name(parent(target.whole), node->name);
+  nodes_[key(target.whole)] = node;
 }
 
 std::string MemoryFiles::whole_path(const std::string& path) {

@@ -45,7 +45,8 @@ class MemoryFiles final : public Files {
   MemoryFiles(const MemoryFiles&) = delete;
   MemoryFiles& operator=(const MemoryFiles&) = delete;
 
-  std::unique_ptr<File> open(const std::string& path, Access access) override;
+  using Files::open;
+  std::unique_ptr<File> open(const std::string& path, Access access, const std::string& called) override;
   char separator() const override { return windows_ ? '\\' : '/'; }
   std::string current_folder() override;
   /// In the windows style a folder of another drive becomes that drive's; the current drive stays.
@@ -57,6 +58,8 @@ class MemoryFiles final : public Files {
   void remove_folder(const std::string& folder) override;
   /// In the windows style a file that is open or read-only cannot be removed: permission_denied.
   void remove_file(const std::string& path) override;
+  /// The same holds for both files that are replaced.
+  void replace_file(const std::string& from, const std::string& to) override;
   std::string whole_path(const std::string& path) override;
   /// The path in the shape that was given, each of its names in short form.
   std::string short_name(const std::string& path) override;
@@ -100,6 +103,7 @@ class MemoryFiles final : public Files {
 
   bool is_listed(const std::set<std::string>& keys, std::string whole) const;
   void refuse_denied(const Place& place, const std::string& path) const;
+  std::string removable(const Place& place, const std::string& path) const;
   [[noreturn]] void raise_missing(const Place& place, const std::string& path, ErrorNumber missing) const;
 
   bool windows_;
@@ -136,6 +140,7 @@ class MemoryDesktop final : public Desktop {
  public:
   void open_document(const std::string& path) override { opened.push_back(path); }
   void start_program(const std::string& command) override { started.push_back(command); }
+  void edit_text(const std::string& path) override { started.push_back("notepad.exe " + path); }
 
   std::vector<std::string> opened;
   std::vector<std::string> started;
@@ -208,7 +213,7 @@ class MemoryMachine {
   void disk_full_after(std::optional<std::size_t> room) { files_.faults().room = room; }
   /// Every write takes at most `most` bytes (1 or more). nullopt: no limit.
   void short_writes(std::optional<std::size_t> most) { files_.faults().most_per_write = most; }
-  /// Opening, making, removing, entering or listing `path`, or anything in it, raises permission_denied.
+  /// Opening, making, removing, replacing, entering or listing `path`, or anything in it, raises permission_denied.
   void deny(const std::string& path, bool on = true) { turn(files_.faults().denied, path, on); }
   /// Opening `path`, or anything in it, for create or update raises permission_denied.
   void deny_writing(const std::string& path, bool on = true) { turn(files_.faults().write_denied, path, on); }

@@ -181,16 +181,16 @@ void start_detached(std::vector<std::string> words) {
 
 }  // namespace
 
-std::unique_ptr<File> PosixFiles::open(const std::string& path, Access access) {
+std::unique_ptr<File> PosixFiles::open(const std::string& path, Access access, const std::string& called) {
   const char* name = native(path);
   int descriptor = -1;
   do descriptor = ::open(name, open_flags(access) | O_CLOEXEC | O_NOCTTY, kFileMode);
   while (descriptor < 0 && errno == EINTR);
-  if (descriptor < 0) raise_errno(errno, path);
-  auto file = std::make_unique<PosixFile>(descriptor, path);
+  if (descriptor < 0) raise_errno(errno, called);
+  auto file = std::make_unique<PosixFile>(descriptor, called);
   struct stat status {};
-  if (::fstat(descriptor, &status) != 0) raise_errno(errno, path);
-  if (S_ISDIR(status.st_mode)) raise_errno(EISDIR, path);
+  if (::fstat(descriptor, &status) != 0) raise_errno(errno, called);
+  if (S_ISDIR(status.st_mode)) raise_errno(EISDIR, called);
   return file;
 }
 
@@ -255,6 +255,10 @@ void PosixFiles::remove_folder(const std::string& folder) {
 
 void PosixFiles::remove_file(const std::string& path) {
   if (::unlink(native(path)) != 0) raise_errno(errno, path);
+}
+
+void PosixFiles::replace_file(const std::string& from, const std::string& to) {
+  if (::rename(native(from), native(to)) != 0) raise_errno(errno, to);
 }
 
 std::string PosixFiles::whole_path(const std::string& path) {

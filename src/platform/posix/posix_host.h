@@ -10,7 +10,8 @@ namespace tidewright {
 class PosixFiles final : public Files {
  public:
   /// A folder cannot be opened: path_access. A file that `create` or `update` makes gets the rights of the umask.
-  std::unique_ptr<File> open(const std::string& path, Access access) override;
+  using Files::open;
+  std::unique_ptr<File> open(const std::string& path, Access access, const std::string& called) override;
 
   char separator() const override { return '/'; }
 
@@ -29,6 +30,7 @@ class PosixFiles final : public Files {
   /// Raises path_access when the folder is not empty.
   void remove_folder(const std::string& folder) override;
   void remove_file(const std::string& path) override;
+  void replace_file(const std::string& from, const std::string& to) override;
   std::string whole_path(const std::string& path) override;
 
   /// Always empty.
@@ -61,6 +63,7 @@ class PosixDesktop final : public Desktop {
   void open_document(const std::string& path) override;
   /// `command` is a line for /bin/sh.
   void start_program(const std::string& command) override;
+  void edit_text(const std::string& path) override { open_document(path); }
 };
 
 }  // namespace tidewright

@@ -1,0 +1,181 @@
+#include "database/dealiaser.h"
+
+#include <algorithm>
+#include <charconv>
+#include <optional>
+
+#include "base/errors.h"
+#include "base/numbers.h"
+#include "base/text.h"
+#include "database/plan.h"
+#include "script/token_walk.h"
+
+namespace tidewright {
+namespace {
+
+// A value of a phrase while its alias is followed. No script can hold the character.
+constexpr std::string_view kSlotMark = "$\x01";
+
+// Where an alias passes on all that it is given, forms are made for this many values, for a command that binds to
+// others, which may take any number.
+constexpr int kMostValues = 48;
+
+int slot_of(std::string_view token) {
+  if (!token.starts_with(kSlotMark)) return -1;
+  int slot = -1;
+  std::from_chars(token.data() + kSlotMark.size(), token.data() + token.size(), slot);
+  return slot;
+}
+
+std::string slot_token(int slot) {
+  return cat({kSlotMark, slot});
+}
+
+bool binds(const tCmd& command) {
+  for (int i = 0; i < command.parmcnt(); ++i) {
+    if (Encoder::resolver(command.ParmDesc(i)) == "bind") return true;
+  }
+  return false;
+}
+
+// The command at the end of an alias called with these tokens, which become what it is given; null where that fails.
+const tCmd* end_of(CmdList& list, const tCmd& alias, std::vector<std::string>& tokens) {
+  try {
+    return Encoder(list).find_called(tokens) == &alias ? Encoder(list).follow_aliases(tokens) : nullptr;
+  } catch (const RuntimeError&) {
+    return nullptr;
+  }
+}
+
+// The form of an alias whose phrase becomes these tokens; nothing where a value gets lost.
+std::optional<AliasForm> form_of(const std::vector<std::string>& phrase, const std::vector<std::string>& tokens) {
+  AliasForm form;
+  int slots = 0;
+  for (const std::string& token : phrase) {
+    form.phrase.push_back({token, slot_of(token)});
+    slots += slot_of(token) >= 0 ? 1 : 0;
+  }
+  for (std::size_t i = 1; i < tokens.size(); ++i) {
+    form.command.push_back({tokens[i], slot_of(tokens[i])});
+    slots -= slot_of(tokens[i]) >= 0 ? 1 : 0;
+    form.fixed_parts += slot_of(tokens[i]) < 0 ? 1 : 0;
+  }
+  if (slots != 0) return {};
+  return form;
+}
+
+// Whether a fixed word of an alias encodes as the decoded value beside it does.
+bool same_value(std::string_view word, std::string_view value, std::string_view name) {
+  if (value.starts_with('$')) return !name.empty() && same_text(SmartNum::pointer_name(word), name);
+  const NumberPrefix number = number_prefix(word);
+  if (number.length == 0 || number.length != word.size() || number.value != Val(value)) return false;
+  // Of a number with too many digits the leading ones would be kept.
+  return !word.starts_with("&h") || !value.starts_with("&h") || word.size() <= value.size();
+}
+
+// Whether the phrase, run through a script, still calls the alias: a name that is no value makes another phrase of it,
+// and a define another word.
+bool still_calls(CmdList& list, const AliasForm& form, std::string_view phrase, const DefineTable* defines) {
+  std::vector<std::string> tokens;
+  split(phrase, ' ', tokens);
+  if (defines != nullptr && !defines->empty()) {
+    for (const std::string& token : tokens) {
+      if (defines->find(token) != nullptr) return false;
+    }
+  }
+  std::vector<std::string> called;
+  for (const AliasForm::Part& part : form.phrase) called.push_back(part.slot >= 0 ? std::string("0") : part.word);
+  return Encoder(list).find_called(std::move(tokens)) == Encoder(list).find_called(std::move(called));
+}
+
+}  // namespace
+
+Dealiaser::Dealiaser(CmdList& list) {
+  for (const tCmd& record : list.NewEnum()) {
+    if (record.alias() && reads_as_code(record.keyword())) add_forms(list, record);
+  }
+  for (auto& [keyword, forms] : forms_) {
+    std::stable_sort(forms.begin(), forms.end(),
+                     [](const AliasForm& a, const AliasForm& b) { return a.fixed_parts > b.fixed_parts; });
+  }
+}
+
+void Dealiaser::add_forms(CmdList& list, const tCmd& alias) {
+  std::vector<std::string> phrase;
+  split(alias.keyword(), ' ', phrase);
+  int slots = 0;
+  for (std::string& token : phrase) {
+    if (is_value(token, true)) token = slot_token(slots++);
+  }
+  // One word may pass on any number of values; a phrase says where its values stand.
+  const bool one_word = phrase.size() == 1;
+  for (bool found = false; slots <= kMostValues; phrase.push_back(slot_token(slots++))) {
+    std::vector<std::string> tokens = phrase;
+    const tCmd* const command = end_of(list, alias, tokens);
+    std::optional<AliasForm> form;
+    if (command != nullptr) form = form_of(phrase, tokens);
+    if (found && !form) return;  // it takes no more values
+    found = form.has_value();
+    if (found) forms_[command->keyword()].push_back(*std::move(form));
+    if (!one_word) return;
+    if (command != nullptr && tokens.size() > command->parmcnt() && !binds(*command)) return;
+  }
+}
+
+// The phrase that gives just this command, empty for none.
+std::string Dealiaser::phrase_for(CmdList& list, const std::vector<std::string>& tokens,
+                                  const Surroundings& around) const {
+  const auto forms = forms_.find(tokens[0]);
+  if (forms == forms_.end()) return "";
+  std::vector<const std::string*> values;
+  for (const AliasForm& form : forms->second) {
+    if (form.command.size() + 1 != tokens.size()) continue;
+    values.assign(tokens.size(), nullptr);
+    bool fits = true;
+    for (std::size_t i = 0; i < form.command.size() && fits; ++i) {
+      const AliasForm::Part& part = form.command[i];
+      const std::string& value = tokens[i + 1];
+      if (part.slot >= 0) {
+        values[static_cast<std::size_t>(part.slot)] = &value;
+      } else {
+        fits = same_value(part.word, value, referred_name(value, around.pointers));
+      }
+    }
+    if (!fits) continue;
+    std::string phrase;
+    for (const AliasForm::Part& part : form.phrase) {
+      if (!phrase.empty()) phrase += ' ';
+      phrase += part.slot >= 0 ? *values[static_cast<std::size_t>(part.slot)] : part.word;
+    }
+    if (still_calls(list, form, with_pointer_names(phrase, around.pointers), around.defines)) return phrase;
+  }
+  return "";
+}
+
+void Dealiaser::dealias(CmdList& list, std::string& commands, const Surroundings& around) const {
+  if (forms_.empty()) return;
+  std::string output;
+  std::vector<std::string> tokens;
+  for (std::string_view left = commands; !left.empty();) {
+    const std::size_t end = std::min(left.find("; "), left.size());
+    const std::string_view command = left.substr(0, end);
+    if (!output.empty()) output += "; ";
+    // Data records and comments are no commands; looking up the first word tells.
+    const std::string keyword(command.substr(0, command.find(' ')));
+    std::string phrase;
+    if (forms_.contains(keyword)) {
+      tokens.clear();
+      for (std::string_view word = command; !word.empty();) {
+        const std::size_t blank = std::min(word.find(' '), word.size());
+        tokens.emplace_back(word.substr(0, blank));
+        word.remove_prefix(std::min(blank + 1, word.size()));
+      }
+      phrase = phrase_for(list, tokens, around);
+    }
+    output += phrase.empty() ? command : std::string_view(phrase);
+    left.remove_prefix(std::min(end + 2, left.size()));
+  }
+  commands = std::move(output);
+}
+
+}  // namespace tidewright
