@@ -38,10 +38,12 @@ bool binds(const tCmd& command) {
   return false;
 }
 
-// The command at the end of an alias called with these tokens, which become what it is given; null where that fails.
-const tCmd* end_of(CmdList& list, const tCmd& alias, std::vector<std::string>& tokens) {
+// The command at the end of the aliases that these tokens call, which become what it is given; null where that fails, or
+// where it is not `first` that they call.
+const tCmd* end_of(CmdList& list, std::vector<std::string>& tokens, const tCmd* first = nullptr) {
   try {
-    return Encoder(list).find_called(tokens) == &alias ? Encoder(list).follow_aliases(tokens) : nullptr;
+    if (first != nullptr && Encoder(list).find_called(tokens) != first) return nullptr;
+    return Encoder(list).follow_aliases(tokens);
   } catch (const RuntimeError&) {
     return nullptr;
   }
@@ -73,9 +75,10 @@ bool same_value(std::string_view word, std::string_view value, std::string_view 
   return !word.starts_with("&h") || !value.starts_with("&h") || word.size() <= value.size();
 }
 
-// Whether the phrase, run through a script, still calls the alias: a name that is no value makes another phrase of it,
-// and a define another word.
-bool still_calls(CmdList& list, const AliasForm& form, std::string_view phrase, const DefineTable* defines) {
+// Whether the phrase, run through a script, still becomes the command: a name that is no value makes another phrase of
+// it, or of what an alias passes it on to, and a define another word.
+bool still_gives(CmdList& list, const AliasForm& form, const std::string& keyword, std::string_view phrase,
+                 const DefineTable* defines) {
   std::vector<std::string> tokens;
   split(phrase, ' ', tokens);
   if (defines != nullptr && !defines->empty()) {
@@ -83,9 +86,23 @@ bool still_calls(CmdList& list, const AliasForm& form, std::string_view phrase, 
       if (defines->find(token) != nullptr) return false;
     }
   }
-  std::vector<std::string> called;
-  for (const AliasForm::Part& part : form.phrase) called.push_back(part.slot >= 0 ? std::string("0") : part.word);
-  return Encoder(list).find_called(std::move(tokens)) == Encoder(list).find_called(std::move(called));
+  if (tokens.size() != form.phrase.size()) return false;
+  std::vector<const std::string*> values;
+  for (std::size_t i = 0; i < tokens.size(); ++i) {
+    if (form.phrase[i].slot >= 0) values.push_back(&tokens[i]);
+  }
+  // The form was found with values, so with nothing but values it holds.
+  if (std::all_of(values.begin(), values.end(), [](const std::string* value) { return is_value(*value, true); })) {
+    return true;
+  }
+  std::vector<std::string> given = tokens;
+  const tCmd* const command = end_of(list, given);
+  if (command == nullptr || command->keyword() != keyword || given.size() != form.command.size() + 1) return false;
+  for (std::size_t i = 0; i < form.command.size(); ++i) {
+    const AliasForm::Part& part = form.command[i];
+    if (given[i + 1] != (part.slot >= 0 ? *values[static_cast<std::size_t>(part.slot)] : part.word)) return false;
+  }
+  return true;
 }
 
 }  // namespace
@@ -111,7 +128,7 @@ void Dealiaser::add_forms(CmdList& list, const tCmd& alias) {
   const bool one_word = phrase.size() == 1;
   for (bool found = false; slots <= kMostValues; phrase.push_back(slot_token(slots++))) {
     std::vector<std::string> tokens = phrase;
-    const tCmd* const command = end_of(list, alias, tokens);
+    const tCmd* const command = end_of(list, tokens, &alias);
     std::optional<AliasForm> form;
     if (command != nullptr) form = form_of(phrase, tokens);
     if (found && !form) return;  // it takes no more values
@@ -147,7 +164,8 @@ std::string Dealiaser::phrase_for(CmdList& list, const std::vector<std::string>&
       if (!phrase.empty()) phrase += ' ';
       phrase += part.slot >= 0 ? *values[static_cast<std::size_t>(part.slot)] : part.word;
     }
-    if (still_calls(list, form, with_pointer_names(phrase, around.pointers), around.defines)) return phrase;
+    const std::string named = with_pointer_names(phrase, around.pointers);
+    if (still_gives(list, form, tokens[0], named, around.defines)) return phrase;
   }
   return "";
 }

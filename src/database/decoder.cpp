@@ -65,8 +65,9 @@ Decoded Decoder::decode_raw(std::string& output, std::string& pointers) {
   while (at < bytes_.size()) {
     const std::int32_t offset = around_.offset + static_cast<std::int32_t>(at);
     if (at > 0 && around_.sections != nullptr && around_.sections->contains(offset)) return {at, false};
+    has_more_ = has_more && at > 0;
     const Fit fit = command_at(at);
-    if (fit == Fit::past_end && has_more && at > 0) return {at, true};
+    if (fit == Fit::past_end) return {at, true};
     if (fit != Fit::yes) {
       separate(output);
       output += cat({"' the byte 0x", hex_bytes(bytes_.substr(at, 1)), " at 0x", hex(offset), " begins no command"});
@@ -94,13 +95,12 @@ void Decoder::list(const Pointer& pointer, std::string& pointers) {
 
 // Tries the commands of the byte at `start`. Where one fits, line_ is its text and position_ is behind it.
 Decoder::Fit Decoder::command_at(std::size_t start) {
-  Fit fit = Fit::no;
   for (const std::size_t record : plans_.commands_of(static_cast<std::uint8_t>(bytes_[start]))) {
-    const Fit this_fit = command(start, record);
-    if (this_fit == Fit::yes) return Fit::yes;
-    if (this_fit == Fit::past_end) fit = Fit::past_end;
+    const Fit fit = command(start, record);
+    // One that wants more bytes has its turn when they are there, before any that is filed behind it.
+    if (fit == Fit::yes || (fit == Fit::past_end && has_more_)) return fit;
   }
-  return fit;
+  return Fit::no;
 }
 
 Decoder::Fit Decoder::command(std::size_t start, std::size_t record) {

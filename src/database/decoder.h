@@ -68,6 +68,7 @@ class Decoder {
   std::string_view bytes_;
   SmartNum num_;
   bool raw_ = false;
+  bool has_more_ = false;  // the bytes behind the end will be given, too, from the command that is tried on
 
   std::size_t first_pointer_ = 0;              // registered, not before the command that is tried
   std::unordered_set<std::int32_t> followed_;  // of raw data: the targets in the list

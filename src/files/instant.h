@@ -24,6 +24,9 @@ class Instant {
 
   /// Shows everything that was added so far.
   virtual void flush() = 0;
+
+  /// Asked before each line that runs: false when the session is to end. A window lets the person at it have a say.
+  virtual bool go_on() { return true; }
 };
 
 }  // namespace tidewright

@@ -102,6 +102,15 @@ std::string all_escaped(std::string_view name) {
   return result;
 }
 
+std::string literal_name(std::string_view path) {
+  std::string result;
+  for (std::size_t i = 0; i < path.size(); ++i) {
+    result += path[i];
+    if (is_escape(path.substr(i))) result += hex_bytes("%");
+  }
+  return result;
+}
+
 std::string with_blanks(std::string_view name) {
   std::string result;
   for (std::size_t i = 0; i < name.size(); ++i) {

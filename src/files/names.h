@@ -32,6 +32,9 @@ std::string blank_free(std::string_view name);
 /// The same with every character written so: a form that is the literal name of no other file.
 std::string all_escaped(std::string_view name);
 
+/// A form of the path of a file to be made by which just this name is meant, whatever "%" stands in it.
+std::string literal_name(std::string_view path);
+
 /// `name` with every "%" and two hexadecimal digits turned back into its character.
 std::string with_blanks(std::string_view name);
 

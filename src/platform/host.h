@@ -134,12 +134,48 @@ class User {
   virtual std::string file_box(const std::string& title, bool saving) = 0;
 };
 
+/// The user's part of the tree in which the desktop keeps which program opens which files: keys
+/// ("Software\\Classes\\.psc") with named texts; the name of a key's own text is empty. Only some platforms have one:
+/// elsewhere it holds nothing.
+class Registry {
+ public:
+  virtual ~Registry() = default;
+  virtual bool available() = 0;
+  /// The text; nothing when the key or the name is not there.
+  virtual std::optional<std::string> text(const std::string& key, const std::string& name) = 0;
+  /// Makes the key where it is missing.
+  virtual void text(const std::string& key, const std::string& name, const std::string& text) = 0;
+  /// Whether there is such a key.
+  virtual bool has(const std::string& key) = 0;
+  /// The names of the keys right below this one, sorted.
+  virtual std::vector<std::string> below(const std::string& key) = 0;
+  /// Takes out one text; the key with all below it. Nothing happens where it is not there.
+  virtual void remove_text(const std::string& key, const std::string& name) = 0;
+  virtual void remove(const std::string& key) = 0;
+  /// Tells the desktop that file types have changed.
+  virtual void announce() = 0;
+};
+
+/// A platform's that has none.
+class NoRegistry : public Registry {
+ public:
+  bool available() override { return false; }
+  std::optional<std::string> text(const std::string&, const std::string&) override { return {}; }
+  void text(const std::string&, const std::string&, const std::string&) override {}
+  bool has(const std::string&) override { return false; }
+  std::vector<std::string> below(const std::string&) override { return {}; }
+  void remove_text(const std::string&, const std::string&) override {}
+  void remove(const std::string&) override {}
+  void announce() override {}
+};
+
 /// One machine: its interfaces together.
 struct Host {
   Files& files;
   Program& program;
   Clock& clock;
   Desktop& desktop;
+  Registry& registry;
   User& user;
 };
 

@@ -239,6 +239,7 @@ void Control::run_files() {
       files.closefile();
       continue;
     }
+    if (!shared_.instant.go_on()) throw ExitProgram{};
     keep_counting();
     files.getline(line);
     if (!line.empty()) KaCode(line);

@@ -9,6 +9,7 @@
 #include <functional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "script/smart_string.h"
 #include "tables/text_table.h"
@@ -37,6 +38,9 @@ class Control {
 
   /// Runs the script file `name` as "#include" does. Errors end here as in pending().
   void run_file(std::string name);
+
+  /// The whole name of the script that a directive wrote last; empty when none was written since it was asked for.
+  std::string take_script_written() { return std::exchange(script_written_, {}); }
 
   /// Compiles or carries out one line. A "//" line replaces `line` by its text.
   void KaCode(std::string& line);
@@ -88,7 +92,6 @@ class Control {
 
   // directives.cpp
   void nothing(Directive&, std::string_view);
-  void not_available(Directive&, std::string_view);
   void lock(Directive&, std::string_view state);
   void dos(Directive&, std::string_view command);
   void file(Directive&, std::string_view);
@@ -104,6 +107,15 @@ class Control {
   void kableewy(Directive&, std::string_view);
   void exit(Directive&, std::string_view);
   void echo_setting(std::string_view name, bool on);
+
+  // file_types.cpp
+  void file_type(Directive&, std::string_view);
+  void unregister(Directive&, std::string_view);
+  void own_file_type(Directive&, std::string_view);
+  bool has_file_types();
+  void register_type(std::string_view extension_text, std::string_view kind);
+  void unregister_type(std::string_view extension_text);
+  void list_types();
 
   // definitions.cpp
   void complete_definition();
@@ -146,6 +158,7 @@ class Control {
   bool autopop_ = false;
   bool lock_ = false;
   std::string pending_text_;
+  std::string script_written_;
   std::string definition_;  // "addcmmd" or "alias" while one is being collected
 
   bool guarded_ = false;          // inside the outermost line

@@ -26,8 +26,10 @@ class OwnBuffers {
   OwnBuffers(const OwnBuffers&) = delete;
   OwnBuffers& operator=(const OwnBuffers&) = delete;
 
-  /// Leaves the new buffers in place where there was nothing in the former ones.
-  void stay_if_blank() { put_back_ = !kept_.blank(); }
+  const FileBuffer& former() const { return kept_; }
+
+  /// Leaves the new buffers in place where there was nothing in the former ones, and nothing on its way into them.
+  void stay_if_blank() { put_back_ = !kept_.blank() || kept_.label_waits(); }
 
  private:
   FileBuffer& buffers_;
@@ -67,18 +69,19 @@ double number_of(const std::string& argument) {
   return argument.empty() ? 0 : whole_number_text(argument);
 }
 
+Decompiler decompiler(Shared& shared, bool fulllog) {
+  return Decompiler({shared.file_handle, shared.cmd_list, shared.file_buffer, shared.text_table, shared.define_table,
+                     shared.record, fulllog});
+}
+
 }  // namespace
 
 void Control::KaScript() {
-  Decompiler({shared_.file_handle, shared_.cmd_list, shared_.file_buffer, shared_.text_table, shared_.define_table,
-              shared_.record, fulllog_})
-      .KaScript();
+  decompiler(shared_, fulllog_).KaScript();
 }
 
 void Control::kascriptraw(std::int32_t& offset, std::int16_t& kind) {
-  Decompiler({shared_.file_handle, shared_.cmd_list, shared_.file_buffer, shared_.text_table, shared_.define_table,
-              shared_.record, fulllog_})
-      .kascriptraw(offset, kind);
+  decompiler(shared_, fulllog_).kascriptraw(offset, kind);
 }
 
 void Control::encode(Directive& directive, std::string_view /*detail*/) {
@@ -88,20 +91,22 @@ void Control::encode(Directive& directive, std::string_view /*detail*/) {
   std::string mode = "input";
   if (files.OpenFile(name, mode).empty()) return;
   const std::string script = whole_name(files.host().files, name);
+  const std::string path = with_ending(script, kBufferEnding);
+  if (same_text(path, script)) raise(ErrorNumber::path_access, cat({script, " would be replaced by its buffer file"}));
   {
     // What the script includes is looked for beside it. The runner closes it at its end.
     const Visit visit(files.host().files, folder_of(script));
     run_files();
   }
-  std::string path = with_ending(script, kBufferEnding);
-  if (write_buffers(path)) files.Dos("shell", path);
+  std::string document = path;
+  if (write_buffers(path)) files.Dos("shell", document);
 }
 
 // Writes the session's buffers into a buffer file. False, and told, where the user keeps the file that is there.
 bool Control::write_buffers(const std::string& path) {
   FileHandle& files = shared_.file_handle;
   shared_.file_buffer.check_writable();
-  std::string name = path;
+  std::string name = literal_name(path);
   std::string mode = "write";
   if (files.OpenFile(name, mode, true).empty()) {
     files.echo_fault(cat({" - ", path.empty() ? "No file" : path, path.empty() ? " is chosen" : " is left as it is"}));
@@ -126,8 +131,10 @@ void Control::decode(Directive& directive, std::string_view /*detail*/) {
   if (buffers.readbuffer(prefix)) {
     // Each line of the comment becomes a comment line: KaScript marks the first.
     std::string comment(buffers.bytes(FileBuffer::kTextBuffer));
-    while (comment.ends_with('\r') || comment.ends_with('\n')) comment.pop_back();
-    replace_all(comment, "\n", "\n//");
+    replace_all(comment, kLineEnd, "\n");
+    replace_all(comment, "\r", "\n");
+    while (comment.ends_with('\n')) comment.pop_back();
+    replace_all(comment, "\n", cat({kLineEnd, "//"}));
     buffers.buffer(FileBuffer::kTextBuffer, std::move(comment));
     KaScript();
     write_script(with_ending(path, kScriptEnding));
@@ -159,12 +166,13 @@ void Control::rawdecode(Directive& directive, std::string_view /*detail*/) {
 // Writes the text of buffer 16 as a script, and shows it where the user wants to see such scripts.
 void Control::write_script(const std::string& path) {
   FileHandle& files = shared_.file_handle;
-  std::string name = path;
+  std::string name = literal_name(path);
   std::string mode = "output";
   if (files.OpenFile(name, mode, true).empty()) return files.echo_fault(cat({" - ", path, " is left as it is"}));
   files.echo("DROPPING SCRIPT");
   files.putdata("line", std::string(shared_.file_buffer.bytes(FileBuffer::kTextBuffer)));
   files.closefile();
+  script_written_ = path;
   if (autopop_) files.host().desktop.edit_text(path);
 }
 
@@ -191,12 +199,11 @@ void Control::kascript(Directive& directive, std::string_view /*detail*/) {
   FileHandle& files = shared_.file_handle;
   FileBuffer& buffers = shared_.file_buffer;
   if (!directive.has(1)) {
+    const OwnBuffers own(shared_);
+    buffers = own.former();
     buffers.place_waiting_label();
-    Slot text = buffers.buffer(FileBuffer::kTextBuffer);
     KaScript();
     echo_script();
-    buffers.buffer(FileBuffer::kTextBuffer, std::move(text));
-    buffers.forget_waiting_label();  // which is only the chunk that was looked at last
     return;
   }
   std::int32_t offset = to_long(number_of(directive.argument(1)));

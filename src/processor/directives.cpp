@@ -51,8 +51,9 @@ constexpr Control::Row Control::kDirectives[] = {
     {"md", &Control::dos, "mkdir"},
     {"start", &Control::dos, "shell"},
     {"run", &Control::dos, "shell"},
-    {"register", &Control::not_available},
-    {"regext", &Control::not_available},
+    {"register", &Control::file_type},
+    {"unregister", &Control::unregister},
+    {"regext", &Control::own_file_type},
     {"whoami", &Control::whoami},
     {"fulllog", &Control::fulllog},
     {"autopop", &Control::autopop},
@@ -98,10 +99,6 @@ void Control::ProcessDirective(const std::string& text, const std::string& comme
 }
 
 void Control::nothing(Directive& /*directive*/, std::string_view /*detail*/) {}
-
-void Control::not_available(Directive& directive, std::string_view /*detail*/) {
-  raise(ErrorNumber::not_available, directive.words.values(0));
-}
 
 void Control::lock(Directive& /*directive*/, std::string_view state) {
   lock_ = state == "on";

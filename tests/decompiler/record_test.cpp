@@ -28,5 +28,40 @@ TEST(RecordDraw, WritesHexadecimalNumbersInTheWidthOfTheLastTypeWord) {
   EXPECT_EQ(session.console.lines.back(), "not implimented");
 }
 
+TEST(RecordUndraw, WritesLinesThatComeBackWhole) {
+  const std::string long_one(255, 'A');
+  struct Case {
+    std::string data;
+    std::int16_t stop;
+    std::string text;  // empty where the bytes say it all
+    std::size_t size;
+  };
+  for (const Case& c : std::initializer_list<Case>{
+           {"\x01\x02\x03\x04\x05\x06\x07\xFF", 1, "#move &h1 &h2 &h3 &h4 &h5 &h6 \r\n#move &h7 &hFF ", 8},
+           {"\x01\x02\x03\x04\x05\x06", 1, "#move &h1 &h2 &h3 &h4 &h5 &h6 ", 6},
+           {"\xFF\x01", 0, "#move &hFF &h1 ", 2},
+           {"\xFF\x01", 1, "#move &hFF ", 1},
+           {"\xFF\x01", -1, "#move &hFF ", 1},
+           {"", 1, "#move ", 0},
+           {"\x01\x02\x03\x04\x05\xFF\x07", 9, "#move &h1 &h2 &h3 &h4 &h5 &hFF ", 6},
+           {long_one, 1, "", 255},
+           {long_one + "B", 1, "", 256},
+           {long_one + "BC", 1, "", 256},
+           {long_one + "\xFF"
+                       "C",
+            1, "", 256}}) {
+    Session session;
+    std::string text = c.data;
+    EXPECT_EQ(session.shared->record.undraw(text, c.stop), c.size);
+    if (!c.text.empty()) {
+      EXPECT_EQ(text, c.text);
+    }
+    EXPECT_EQ(session.console.lines.back(), " - MOVEMENT DATA ASSUMED");
+    session.machine.add_file("/desk/back.psc", text);
+    session.run("#include back.psc");
+    EXPECT_EQ(session.bytes(0), c.data.substr(0, c.size)) << text;
+  }
+}
+
 }  // namespace
 }  // namespace tidewright

@@ -1,111 +1,15 @@
 // The machines behind platform/host.h. What they share is asked of all of them: the real one, in a fresh
 // folder, and the memory machine in both styles, so that a test that passes on the memory machine means
 // something on a real one.
-#include <chrono>
-#include <fcntl.h>
-#include <filesystem>
-#include <functional>
-#include <gtest/gtest.h>
-#include <sys/stat.h>
-#include <sys/wait.h>
-#include <thread>
-#include <unistd.h>
+#include "tests/platform/hosts.h"
 
-#include "base/errors.h"
-#include "platform/memory/memory_host.h"
-#include "platform/posix/posix_host.h"
+#include <initializer_list>
+#include <tuple>
+
 #include "platform/wildcard.h"
 
 namespace tidewright {
 namespace {
-
-namespace fs = std::filesystem;
-using std::chrono::milliseconds;
-
-constexpr int kNoError = 0;
-
-/// The number of the error that `action` raises. Its description must hold `mention`.
-int error_of(const std::function<void()>& action, const std::string& mention = "") {
-  try {
-    action();
-  } catch (const RuntimeError& error) {
-    EXPECT_NE(error.description.find(mention), std::string::npos) << error.description;
-    return static_cast<int>(error.number);
-  }
-  return kNoError;
-}
-
-std::string read_all(File& file) {
-  std::string bytes;
-  char block[3];
-  while (const std::size_t count = file.read(block, sizeof block)) bytes.append(block, count);
-  return bytes;
-}
-
-std::string content(Files& files, const std::string& path) {
-  return read_all(*files.open(path, Access::read));
-}
-
-void write_all(File& file, std::string_view bytes) {
-  while (!bytes.empty()) bytes.remove_prefix(file.write(bytes));
-}
-
-void put(Files& files, const std::string& path, std::string_view bytes) {
-  write_all(*files.open(path, Access::create), bytes);
-}
-
-std::string names(const std::vector<Entry>& entries) {
-  std::string text;
-  for (const Entry& entry : entries) text += (text.empty() ? "" : " ") + entry.name;
-  return text;
-}
-
-/// A fresh folder of the real machine, the current one for as long as this stands.
-class TemporaryFolder {
- public:
-  TemporaryFolder() : before_(fs::current_path()) {
-    std::string name = (fs::temp_directory_path() / "hosts_XXXXXX").string();
-    if (::mkdtemp(name.data()) == nullptr) throw std::runtime_error("no temporary folder");
-    path_ = fs::canonical(name);
-    fs::current_path(path_);
-  }
-  ~TemporaryFolder() {
-    fs::current_path(before_);
-    fs::remove_all(path_);
-  }
-  std::string path() const { return path_.string(); }
-
- private:
-  fs::path before_;
-  fs::path path_;
-};
-
-/// An environment variable, given back its value at the end.
-class Environment {
- public:
-  Environment(const char* name, const std::string& value) : name_(name) {
-    if (const char* before = std::getenv(name)) before_ = before;
-    ::setenv(name, value.c_str(), 1);
-  }
-  ~Environment() { before_ ? ::setenv(name_, before_->c_str(), 1) : ::unsetenv(name_); }
-
- private:
-  const char* name_;
-  std::optional<std::string> before_;
-};
-
-enum class Kind { real, posix, windows };
-
-class EveryMachine : public testing::TestWithParam<Kind> {
- protected:
-  bool windows() const { return GetParam() == Kind::windows; }
-  Files& files() { return GetParam() == Kind::real ? real_ : memory_.host().files; }
-
- private:
-  TemporaryFolder folder_;
-  PosixFiles real_;
-  MemoryMachine memory_{windows() ? MemoryMachine::Style::windows : MemoryMachine::Style::posix};
-};
 
 std::string kind_name(const testing::TestParamInfo<Kind>& info) {
   return info.param == Kind::real ? "real" : info.param == Kind::posix ? "posix" : "windows";
@@ -261,15 +165,16 @@ TEST_P(EveryMachine, MovesThroughFolders) {
   EXPECT_EQ(content(files(), sub + files().separator() + "x"), "here");
   EXPECT_EQ(files().current_folder(), start);
   const std::string of_root = names(files().list("/*", kEveryAttribute));
+  const std::string root = windows() ? start.substr(0, 3) : "/";
   files().change_folder("/");
-  EXPECT_EQ(files().current_folder(), windows() ? "C:\\" : "/");
+  EXPECT_EQ(files().current_folder(), root);
   EXPECT_EQ(names(files().list("*", kEveryAttribute)), of_root);
   EXPECT_EQ(error_of([&] { files().change_drive('Q'); }), 68);
-  EXPECT_EQ(files().current_folder(), windows() ? "C:\\" : "/");
+  EXPECT_EQ(files().current_folder(), root);
 }
 
 class PosixMachines : public EveryMachine {};
-INSTANTIATE_TEST_SUITE_P(Hosts, PosixMachines, testing::Values(Kind::real, Kind::posix), kind_name);
+INSTANTIATE_TEST_SUITE_P(Hosts, PosixMachines, testing::ValuesIn(kinds_of(PathStyle::posix)), kind_name);
 
 TEST_P(PosixMachines, KeepCaseAndBackslashesApart) {
   for (const std::string name : {"a", "A", "sub\\a", ".dot"}) put(files(), name, name);
@@ -291,92 +196,40 @@ TEST_P(PosixMachines, KeepCaseAndBackslashesApart) {
   EXPECT_EQ(error_of([&] { files().current_folder(); }), 76);
 }
 
-TEST(PosixFiles, MapsWhatTheSystemRefuses) {
-  TemporaryFolder folder;
-  PosixFiles files;
-  const std::unique_ptr<File> full = files.open("/dev/full", Access::update);
-  EXPECT_EQ(error_of([&] { full->write("x"); }, "/dev/full"), 61);
+class WindowsMachines : public EveryMachine {};
+INSTANTIATE_TEST_SUITE_P(Hosts, WindowsMachines, testing::ValuesIn(kinds_of(PathStyle::windows)), kind_name);
 
-  put(files, "locked", "x");
-  ASSERT_EQ(::chmod("locked", 0444), 0);
-  EXPECT_EQ(files.find("locked")->attributes, kReadOnly);
-  ASSERT_EQ(::chmod(".", 0555), 0);
-  const uid_t user = ::geteuid();
-  ASSERT_EQ(::seteuid(user == 0 ? 65534 : user), 0) << "root is hindered by no mode bits";
-  EXPECT_EQ(error_of([&] { files.open("locked", Access::update); }, "locked"), 70);
-  EXPECT_EQ(error_of([&] { files.remove_file("locked"); }, "locked"), 70);
-  EXPECT_EQ(error_of([&] { files.make_folder("new"); }, "new"), 70);
-  ASSERT_EQ(::seteuid(user), 0);
-  ASSERT_EQ(::chmod(".", 0755), 0);
-
-  ASSERT_EQ(::symlink("nowhere", "dangling"), 0);
-  EXPECT_FALSE(files.find("dangling"));
-  EXPECT_EQ(names(files.list("*", kEveryAttribute)), "locked");
-}
-
-TEST(PosixFiles, GivesBackEveryDescriptor) {
-  TemporaryFolder folder;
-  PosixFiles files;
-  const auto descriptors = [] {
-    return std::distance(fs::directory_iterator("/proc/self/fd"), fs::directory_iterator());
-  };
-  const auto before = descriptors();
-  put(files, "a", "x");
-  files.list("*", kEveryAttribute);
-  EXPECT_EQ(error_of([&] { files.open(".", Access::read); }), 75);
-  {
-    const std::unique_ptr<File> file = files.open("a", Access::read);
-    EXPECT_EQ(descriptors(), before + 1);
-    file->close();
-    const std::unique_ptr<File> next = files.open("a", Access::read);  // has the descriptor that `file` had
-    file->close();
-    EXPECT_EQ(read_all(*next), "x");
+TEST_P(WindowsMachines, TakeManyFormsOfOneName) {
+  const std::string start = files().current_folder();
+  files().make_folder("My Folder");
+  put(files(), "My Folder/my game.bin", "game");
+  const std::string short_form = files().short_name("My Folder\\my game.bin");
+  EXPECT_EQ(short_form.find(' '), std::string::npos) << short_form;
+  for (const std::string& path :
+       {short_form, std::string("my folder\\MY GAME.BIN"), start + "/MY FOLDER\\.\\my game.bin",
+        std::string("none\\..\\My Folder\\my game.bin"), start.substr(2) + "\\My Folder\\my game.bin",
+        start.substr(0, 2) + "My Folder\\my game.bin"}) {
+    SCOPED_TRACE(path);
+    EXPECT_EQ(content(files(), path), "game");
+    EXPECT_EQ(files().find(path)->name, "my game.bin");
+    EXPECT_EQ(files().whole_path(path), files().whole_path("My Folder/my game.bin"));
+    EXPECT_EQ(names(files().list(path, kNormal)), "my game.bin");
   }
-  EXPECT_EQ(descriptors(), before);
-}
+  EXPECT_EQ(files().short_name("none"), "");
+  put(files(), short_form, "new");
+  EXPECT_EQ(names(files().list("My Folder/*", kNormal)), "my game.bin") << "a file keeps the case it was made with";
 
-TEST(PosixProgram, StandsWhereItWasStartedFrom) {
-  PosixProgram program("elsewhere/other");
-  const fs::path self = fs::read_symlink("/proc/self/exe");
-  EXPECT_EQ(program.folder(), self.parent_path());
-  EXPECT_EQ(program.name(), self.stem());
-}
-
-TEST(PosixClock, TellsLocalTime) {
-  const Environment zone("TZ", "XYZ-5:30");
-  ::tzset();
-  const std::time_t before = std::time(nullptr);
-  std::tm now = PosixClock().now();
-  const std::time_t shown = ::timegm(&now) - 19800;
-  EXPECT_GE(shown, before);
-  EXPECT_LE(shown, before + 2);
-}
-
-TEST(PosixDesktop, StartsDetachedAndOnlyOnADesktop) {
-  TemporaryFolder folder;
-  PosixFiles files;
-  PosixDesktop desktop;
-  put(files, "xdg-open",
-      "#!/bin/sh\nstreams=$(readlink /proc/$$/fd/0 /proc/$$/fd/1 /proc/$$/fd/2)\n"
-      "printf '%s\\n%s' \"$streams\" \"$*\" > part\nmv part opened\nsleep 2\n");
-  ASSERT_EQ(::chmod("xdg-open", 0755), 0);
-  const Environment path("PATH", folder.path() + ":" + std::getenv("PATH"));
-  const Environment no_wayland("WAYLAND_DISPLAY", "");
-  {
-    const Environment no_display("DISPLAY", "");
-    desktop.start_program("touch started");
-  }
-  const Environment display("DISPLAY", ":0");
-  const auto begin = std::chrono::steady_clock::now();
-  desktop.open_document("-my file.txt");
-  EXPECT_LT(std::chrono::steady_clock::now() - begin, milliseconds(1500)) << "must not be waited for";
-  EXPECT_EQ(::waitpid(-1, nullptr, WNOHANG), -1) << "must leave no child";
-  for (int tries = 0; tries < 500 && !files.find("opened"); ++tries) std::this_thread::sleep_for(milliseconds(10));
-  EXPECT_EQ(content(files, "opened"), "/dev/null\n/dev/null\n/dev/null\n./-my file.txt");
-  EXPECT_FALSE(files.find("started"));
-  desktop.start_program("touch started && exit 3");
-  for (int tries = 0; tries < 500 && !files.find("started"); ++tries) std::this_thread::sleep_for(milliseconds(10));
-  EXPECT_TRUE(files.find("started"));
+  const std::unique_ptr<File> file = files().open("My Folder/my game.bin", Access::read);
+  put(files(), "other", "x");
+  EXPECT_EQ(error_of([&] { files().remove_file("My Folder/my game.bin"); }), 70) << "an open file stays";
+  EXPECT_EQ(error_of([&] { files().replace_file("other", "My Folder/my game.bin"); }), 70);
+  EXPECT_EQ(content(files(), "My Folder/my game.bin"), "new");
+  file->close();
+  files().remove_file("my folder/MY GAME.bin");
+  files().change_folder("My Folder");
+  EXPECT_EQ(error_of([&] { files().remove_folder("../My Folder"); }), 75) << "the current folder stays";
+  files().change_folder("..");
+  files().remove_folder("My Folder");
 }
 
 TEST(WindowsPaths, MeanTheSameFile) {

@@ -18,7 +18,7 @@ def rooms():
     for name, body in re.findall(r"^\s*room\((\w+)\s+(SOURCES.*?)\)$", text, re.M | re.S):
         direct = re.search(r"SEES (.*)", body, re.S)
         seen[name] = {name}.union(*(seen[other] for other in (direct.group(1).split() if direct else [])))
-    folders = {"posix": "platform/posix", "memory": "platform/memory"}
+    folders = {name: f"platform/{name}" for name in ("posix", "win32", "memory")}
     return {folders.get(name, name): {folders.get(other, other) for other in all_seen} for name, all_seen in seen.items()}
 
 
@@ -29,7 +29,7 @@ class Rooms(unittest.TestCase):
         for folder, _, names in os.walk(SRC):
             room = os.path.relpath(folder, SRC)
             for name in names:
-                if not name.endswith((".h", ".cpp")) or name == "main.cpp":
+                if not name.endswith((".h", ".cpp")) or name.endswith("main.cpp"):
                     continue
                 with open(os.path.join(folder, name), encoding="utf-8") as file:
                     for included in re.findall(r'^#include "(.*)/[^/]+"', file.read(), re.M):

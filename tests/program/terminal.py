@@ -82,7 +82,7 @@ class Terminal(unittest.TestCase):
             (["#addtext"], 1, "Cannot use spaces", "Notice: Text entry error line: 0"),
             (["#include nowhere.psc"], 1, " - There is no file nowhere.psc", "File Not Found or user cancel"),
             (["#boot; walk"], 1, "Invald Command :", ""),
-            (["#register x"], 1, "", "Not available yet"),
+            (["#regext buffer"], 0, " - File types are registered on Windows", ""),
             (["#exit"], 0, "", ""),
             (["nothing; #exit; #kapow"], 1, "Invalid Command : nothing", ""),
             (["-q", "#whoami"], 0, "", ""),

@@ -8,6 +8,7 @@
 //   image.hex                            game.bin after the run
 //   console.txt                          the console lines; control characters as \xNN
 //   log.txt                              the session log behind its first line, the same way (may be missing)
+//   made/NAME                            a file that the run made, the same way; for any NAME
 //   boxes.txt                            the boxes shown, "title: text" (may be missing when there are none)
 //
 // With TIDEWRIGHT_GOLDEN=write in the environment the outcome is written into the folder, to be looked at and
@@ -79,6 +80,17 @@ std::string readable(const std::string& line) {
   return text + "\n";
 }
 
+// The lines of a text, which end in CR LF.
+std::string readable_lines(const std::string& text) {
+  std::string lines;
+  for (std::size_t at = 0; at < text.size();) {
+    const std::size_t end = std::min(text.find("\r\n", at), text.size());
+    lines += readable(text.substr(at, end - at));
+    at = end + 2;
+  }
+  return lines;
+}
+
 void expect_or_write(const fs::path& path, const std::string& outcome, bool wanted) {
   const char* const mode = std::getenv("TIDEWRIGHT_GOLDEN");
   if (mode != nullptr && std::string_view(mode) == "write") {
@@ -95,7 +107,7 @@ TEST_P(Golden, ComesOutAsTheCaseSays) {
   Session session;
   for (const auto& entry : fs::recursive_directory_iterator(folder)) {
     const std::string extension = entry.path().extension().string();
-    if (extension != ".psc" && extension != ".psh") continue;
+    if ((extension != ".psc" && extension != ".psh") || entry.path().parent_path() == folder / "made") continue;
     session.machine.add_file("/desk/" + fs::relative(entry.path(), folder).generic_string(), read_file(entry.path()));
   }
   session.machine.add_file("/desk/game.bin", from_hex(read_file(folder / "before.hex")));
@@ -111,17 +123,18 @@ TEST_P(Golden, ComesOutAsTheCaseSays) {
   for (const MemoryBox& box : session.machine.user().boxes) {
     boxes += readable(cat({box.title, box.title.empty() ? "" : ": ", box.text}));
   }
-  std::string log;
-  const std::string whole_log = session.log();
-  for (std::size_t at = whole_log.find("\r\n\r\n") + 4; at < whole_log.size();) {
-    const std::size_t end = whole_log.find("\r\n", at);
-    log += readable(whole_log.substr(at, end - at));
-    at = end + 2;
-  }
+  std::string log = session.log();
+  log = readable_lines(log.substr(log.find("\r\n\r\n") + 4));
   expect_or_write(folder / "image.hex", to_hex(session.machine.bytes("/desk/game.bin")), true);
   expect_or_write(folder / "console.txt", console, true);
   expect_or_write(folder / "boxes.txt", boxes, false);
   if (fs::exists(folder / "log.txt")) expect_or_write(folder / "log.txt", log, true);
+  if (!fs::exists(folder / "made")) return;
+  for (const auto& entry : fs::directory_iterator(folder / "made")) {
+    const std::string file = "/desk/" + entry.path().filename().string();
+    expect_or_write(entry.path(), session.machine.exists(file) ? readable_lines(session.machine.bytes(file)) : "none",
+                    true);
+  }
 }
 
 std::vector<std::string> cases() {

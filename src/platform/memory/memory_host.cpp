@@ -509,4 +509,45 @@ void MemoryMachine::turn(std::set<std::string>& keys, const std::string& path, b
   }
 }
 
+std::optional<std::string> MemoryRegistry::text(const std::string& key, const std::string& name) {
+  const auto found = keys_.find(key);
+  if (found == keys_.end() || !found->second.contains(name)) return {};
+  return found->second.at(name);
+}
+
+void MemoryRegistry::text(const std::string& key, const std::string& name, const std::string& text) {
+  keys_[key][name] = text;
+}
+
+bool MemoryRegistry::has(const std::string& key) {
+  return keys_.contains(key) || !below(key).empty();
+}
+
+std::vector<std::string> MemoryRegistry::below(const std::string& key) {
+  std::vector<std::string> names;
+  for (const auto& [path, texts] : keys_) {
+    if (!path.starts_with(key + "\\")) continue;
+    const std::string rest = path.substr(key.size() + 1);
+    const std::string name = rest.substr(0, rest.find('\\'));
+    if (names.empty() || names.back() != name) names.push_back(name);
+  }
+  return names;
+}
+
+void MemoryRegistry::remove_text(const std::string& key, const std::string& name) {
+  if (const auto found = keys_.find(key); found != keys_.end()) found->second.erase(name);
+}
+
+void MemoryRegistry::remove(const std::string& key) {
+  std::erase_if(keys_, [&](const auto& entry) { return entry.first == key || entry.first.starts_with(key + "\\"); });
+}
+
+std::string MemoryRegistry::all() const {
+  std::string lines;
+  for (const auto& [key, texts] : keys_) {
+    for (const auto& [name, text] : texts) lines += cat({key, ": ", name, " = ", text, "\n"});
+  }
+  return lines;
+}
+
 }  // namespace tidewright

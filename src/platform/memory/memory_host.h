@@ -146,6 +146,27 @@ class MemoryDesktop final : public Desktop {
   std::vector<std::string> started;
 };
 
+/// Keys as they are written, in order; on a machine of the Windows style only.
+class MemoryRegistry final : public Registry {
+ public:
+  explicit MemoryRegistry(bool available) : available_(available) {}
+  bool available() override { return available_; }
+  std::optional<std::string> text(const std::string& key, const std::string& name) override;
+  void text(const std::string& key, const std::string& name, const std::string& text) override;
+  bool has(const std::string& key) override;
+  std::vector<std::string> below(const std::string& key) override;
+  void remove_text(const std::string& key, const std::string& name) override;
+  void remove(const std::string& key) override;
+  void announce() override {}
+
+  /// Every text, as "key: name = text" in lines.
+  std::string all() const;
+
+ private:
+  bool available_;
+  std::map<std::string, std::map<std::string, std::string>> keys_;
+};
+
 /// One box that was shown. `text` is empty for a file box, `title` for the boxes that are given none.
 struct MemoryBox {
   enum class Kind { critical, notice, message, yes_no, input, open_file, save_file };
@@ -173,21 +194,22 @@ class MemoryUser final : public User {
   void show(MemoryBox::Kind kind, const std::string& title, const std::string& text);
 };
 
-/// The machine: all five interfaces, and what a test wants to prepare, break and look at. posix starts in "/desk";
+/// The machine: all interfaces, and what a test wants to prepare, break and look at. posix starts in "/desk";
 /// windows has the drives C: and D: and starts in "C:\\desk". The program's folder is there.
 class MemoryMachine {
  public:
   using Style = PathStyle;
 
-  explicit MemoryMachine(Style style) : files_(style), program_(style) {}
+  explicit MemoryMachine(Style style) : files_(style), program_(style), registry_(style == Style::windows) {}
   MemoryMachine(const MemoryMachine&) = delete;
   MemoryMachine& operator=(const MemoryMachine&) = delete;
 
   /// References into this machine, which must outlive them.
-  Host host() { return {files_, program_, clock_, desktop_, user_}; }
+  Host host() { return {files_, program_, clock_, desktop_, registry_, user_}; }
   MemoryFiles& files() { return files_; }
   MemoryClock& clock() { return clock_; }
   MemoryDesktop& desktop() { return desktop_; }
+  MemoryRegistry& registry() { return registry_; }
   MemoryUser& user() { return user_; }
 
   // Preparing and looking. No fault and no attribute hinders these; a mistake of the test is a std::logic_error.
@@ -227,6 +249,7 @@ class MemoryMachine {
   MemoryProgram program_;
   MemoryClock clock_;
   MemoryDesktop desktop_;
+  MemoryRegistry registry_;
   MemoryUser user_;
 };
 

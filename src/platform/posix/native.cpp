@@ -15,6 +15,7 @@ struct NativeMachine::Parts {
   PosixProgram program;
   PosixClock clock;
   PosixDesktop desktop;
+  NoRegistry registry;
 };
 
 NativeMachine::NativeMachine(const char* command) : parts_(std::make_unique<Parts>(command)) {
@@ -30,7 +31,7 @@ NativeMachine::NativeMachine(const char* command) : parts_(std::make_unique<Part
 NativeMachine::~NativeMachine() = default;
 
 Host NativeMachine::host(User& user) {
-  return {parts_->files, parts_->program, parts_->clock, parts_->desktop, user};
+  return {parts_->files, parts_->program, parts_->clock, parts_->desktop, parts_->registry, user};
 }
 
 bool NativeMachine::is_terminal(Stream stream) {

@@ -1,0 +1,89 @@
+#include "shell/instant_window.h"
+
+#include <utility>
+
+#include "base/text.h"
+#include "processor/control.h"
+
+namespace tidewright {
+
+void InstantWindow::add(std::string_view text) {
+  text_.append(kLineEnd).append(text);
+  changed_ = true;
+  breathe();
+}
+
+void InstantWindow::text(std::string text) {
+  text_ = std::move(text);
+  changed_ = true;
+}
+
+void InstantWindow::flush() {
+  if (std::exchange(changed_, false)) window_.text(text_);
+  shown_at_ = window_.milliseconds();
+}
+
+bool InstantWindow::go_on() {
+  breathe();
+  return !end_wanted_;
+}
+
+// A long run shows how far it is, and listens.
+void InstantWindow::breathe() {
+  if (!busy_ || window_.milliseconds() - shown_at_ < kMillisecondsBetween) return;
+  flush();
+  window_.process_waiting();
+}
+
+void InstantWindow::run(const std::function<void()>& work) {
+  waiting_.push_back(work);
+  if (!busy_) work_off();
+}
+
+void InstantWindow::work_off() {
+  busy_ = true;
+  try {
+    while (!waiting_.empty() && !end_wanted_) {
+      const std::function<void()> work = std::move(waiting_.front());
+      waiting_.pop_front();
+      // A person may have typed since.
+      if (!changed_) text_ = window_.text();
+      work();
+    }
+  } catch (const ExitProgram&) {
+    end_wanted_ = true;
+  }
+  busy_ = false;
+  flush();
+  if (end_wanted_) window_.end();
+}
+
+std::string InstantWindow::line_at(const std::string& text, std::size_t caret) {
+  const std::size_t before = text.substr(0, caret).rfind(kLineEnd);
+  const std::size_t start = before == std::string::npos ? 0 : before + kLineEnd.size();
+  const std::size_t after = text.find(kLineEnd, caret);
+  return text.substr(start, after == std::string::npos ? after : after - start);
+}
+
+void InstantWindow::enter() {
+  const std::string text = window_.text();
+  if (text.empty()) return;
+  run([this, line = line_at(text, window_.caret())] { run_line(line); });
+  window_.caret_to_end();
+}
+
+void InstantWindow::chosen(MenuItem item) {
+  run([this, item] { run_item(item); });
+}
+
+void InstantWindow::handed_over(std::string line) {
+  run([this, line = std::move(line)] { run_line(line); });
+}
+
+// While lines run, the window closes behind the one that is under way.
+bool InstantWindow::closing() {
+  if (busy_) end_wanted_ = true;
+  return !busy_;
+}
+
+}  // namespace tidewright

@@ -1,0 +1,60 @@
+// The program with the window: its start, its one window, its end.
+#include <memory>
+#include <string>
+
+#include "base/errors.h"
+#include "base/text.h"
+#include "base/version.h"
+#include "files/names.h"
+#include "platform/native.h"
+#include "platform/native_window.h"
+#include "processor/shared.h"
+#include "shell/instant_window.h"
+#include "shell/menus.h"
+
+namespace tidewright {
+namespace {
+
+constexpr std::string_view kBanner =
+    "WELCOME TO TIDEWRIGHT\r\nMade by the Tidewright authors.\r\nType a line and press Enter; the menu File opens "
+    "files.\r\n";
+
+int run_window(const char* command, const std::string& line) {
+  NativeMachine machine(command);
+  const Host host = machine.host(NativeWindow::user());
+  NativeWindow native;
+  Window& window = native.window();
+  InstantWindow console(window);
+  const std::string log_folder = joined(host.files, host.program.folder(), "log");
+  std::unique_ptr<Shared> shared;
+  try {
+    shared = std::make_unique<Shared>(host, console, log_folder);
+  } catch (const RuntimeError& error) {
+    host.user.critical_box(cat({"The session log cannot be opened in ", log_folder, ": ", error.description}));
+    return 1;
+  }
+  console.run_line = [&](const std::string& text) { shared->control.pending(text); };
+  console.run_item = [&](MenuItem item) { run_menu(*shared, item); };
+  window.listen(console);
+  window.visible(true);
+  console.text(std::string(kBanner));
+  console.flush();
+  if (!line.empty()) console.handed_over(line);
+  window.run();
+  shared->file_handle.close_all();
+  shared->file_handle.flush_output();
+  return 0;
+}
+
+}  // namespace
+}  // namespace tidewright
+
+int main(int /*argc*/, char** argv) {
+  using tidewright::NativeWindow;
+  const std::string line = NativeWindow::command_line();
+  if (NativeWindow::first_start()) return tidewright::run_window(argv[0], line);
+  if (!NativeWindow::hand_over(line)) {
+    NativeWindow::user().message_box("Tidewright runs already, but its window does not appear.");
+  }
+  return 0;
+}
