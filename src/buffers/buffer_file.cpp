@@ -1,8 +1,10 @@
 // FileBuffer's buffer files: all that the buffers hold, written into a file ("dropped") and read back ("grabbed").
 // docs/buffer-files.md shows the bytes.
+#include <algorithm>
 #include <utility>
 
 #include "base/errors.h"
+#include "base/numbers.h"
 #include "base/text.h"
 #include "base/version.h"
 #include "buffers/file_buffer.h"
@@ -53,6 +55,7 @@ class BufferFields {
   /// A number of things that follow.
   std::size_t count(std::string_view field);
   std::string text(std::string_view field);
+  std::string name();
 
   /// Raises an error about the field read last.
   [[noreturn]] void fail(ErrorNumber number, std::string_view why = {}) const;
@@ -115,6 +118,14 @@ std::string BufferFields::text(std::string_view field) {
   if (size < 0) fail(ErrorNumber::overflow, cat({size, " is no length"}));
   if (size > left()) fail(ErrorNumber::input_past_end);
   return files_.getblock(static_cast<std::size_t>(size));
+}
+
+// A name as scripts have them. One that holds a blank, a line end or a ";" would come back as other lines of a script.
+std::string BufferFields::name() {
+  std::string name = text("name");
+  const auto cuts = [](char c) { return static_cast<unsigned char>(c) <= ' ' || c == ';' || c == '"'; };
+  if (std::any_of(name.begin(), name.end(), cuts)) fail(ErrorNumber::type_mismatch, "it is no word");
+  return name;
 }
 
 void BufferFields::fail(ErrorNumber number, std::string_view why) const {
@@ -276,7 +287,11 @@ void FileBuffer::grab_pointer(BufferFields& fields, std::string_view prefix) {
   std::string key = pointer_key(pointer.Offset);
   if (pointers_.find(key) != nullptr) fields.fail(ErrorNumber::duplicate_key, cat({key, " has a pointer already"}));
   pointer.mode = fields.integer("mode");
-  pointer.name = prefixed(prefix, fields.text("name"));
+  pointer.name = fields.name();
+  // A number has one form, whatever case it was written in.
+  const bool number = pointer.name.starts_with("&h") && number_prefix(pointer.name).length == pointer.name.size();
+  if (number) pointer.name = "&h" + hex(to_long(Val(pointer.name)));
+  pointer.name = prefixed(prefix, std::move(pointer.name));
   pointers_.add(std::move(key), std::move(pointer));
 }
 
@@ -290,7 +305,7 @@ void FileBuffer::grab_label(BufferFields& fields, std::string_view prefix, std::
   label.Offset = fields.long_integer("offset");
   if (label.Offset < 0) fields.fail(ErrorNumber::subscript_out_of_range, cat({label.Offset, " is no place"}));
   label.mode = fields.integer("mode");
-  label.name = prefixed(prefix, fields.text("name"));
+  label.name = prefixed(prefix, fields.name());
   Collection<fOffsett>& labels = labels_[set_index(group)];
   if (labels.find(label.name) != nullptr) fields.fail(ErrorNumber::duplicate_key, label.name);
   std::string key = label.name;

@@ -38,8 +38,8 @@ bool binds(const tCmd& command) {
   return false;
 }
 
-// The command at the end of the aliases that these tokens call, which become what it is given; null where that fails, or
-// where it is not `first` that they call.
+// The command at the end of the aliases that these tokens call, which become what it is given. Null where that fails,
+// or where it is not `first` that they call.
 const tCmd* end_of(CmdList& list, std::vector<std::string>& tokens, const tCmd* first = nullptr) {
   try {
     if (first != nullptr && Encoder(list).find_called(tokens) != first) return nullptr;

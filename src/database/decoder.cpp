@@ -63,7 +63,9 @@ Decoded Decoder::decode_raw(std::string& output, std::string& pointers) {
   const bool has_more = around_.offset + static_cast<std::int64_t>(bytes_.size()) < length;
   std::size_t at = 0;
   while (at < bytes_.size()) {
-    const std::int32_t offset = around_.offset + static_cast<std::int32_t>(at);
+    const std::int64_t place = around_.offset + static_cast<std::int64_t>(at);
+    if (place > std::numeric_limits<std::int32_t>::max()) return {at, false};
+    const auto offset = static_cast<std::int32_t>(place);
     if (at > 0 && around_.sections != nullptr && around_.sections->contains(offset)) return {at, false};
     has_more_ = has_more && at > 0;
     const Fit fit = command_at(at);
@@ -150,7 +152,7 @@ Decoder::Fit Decoder::value(const Operand& operand) {
   if (!operand.pointer()) {
     write_number(operand.width);
   } else {
-    if (!pointer_can_be_written()) return Fit::no;
+    if (!pointer_can_be_written(operand.kind)) return Fit::no;
     write_pointer(operand.kind);
   }
   pass(operand.width, operand.pointer());
@@ -222,14 +224,16 @@ const NamedPointer* Decoder::pointer_here() const {
   return next.position == position_ ? &next : nullptr;
 }
 
-// Whether a script line can say what the pointer at the position is.
-bool Decoder::pointer_can_be_written() {
+// Whether a script line can say what the pointer at the position is, as one of this kind.
+bool Decoder::pointer_can_be_written(int kind) {
   const NamedPointer* const registered = pointer_here();
   if (registered == nullptr || registered->name.empty()) {
     // A small number would be given the bank base.
     const std::int32_t value = SmartNum::pointer_value(rest().substr(0, kPointerSize));
     return num_.CPtr(static_cast<double>(value)) == value;
   }
+  // One that stands in data is of kind 3, and that is what data makes of it again.
+  if (registered->kind == kPointer && kind != kPointer) return false;
   const std::string_view name = registered->name;
   if (!is_value(name, true)) bare_name_ = true;
   return is_writable_name(name) && (number_prefix(name).length == 0 || is_number(name));

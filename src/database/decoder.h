@@ -45,7 +45,7 @@ class Decoder {
 
   bool stands_here(const Encoded& encoded) const;
   void pass(std::size_t size, bool pointer);
-  bool pointer_can_be_written();
+  bool pointer_can_be_written(int kind);
   void write_number(std::size_t width);
   void write_pointer(int kind);
 

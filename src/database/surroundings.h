@@ -8,6 +8,7 @@
 #include <string>
 #include <string_view>
 
+#include "script/smart_num.h"
 #include "tables/define_table.h"
 
 namespace tidewright {
@@ -16,6 +17,7 @@ namespace tidewright {
 struct NamedPointer {
   std::size_t position = 0;  // 0-based in the chunk
   std::string_view name;
+  int kind = -1;  // as it is registered; -1 where that does not count
 };
 
 struct Surroundings {

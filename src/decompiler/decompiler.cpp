@@ -26,7 +26,7 @@ void write_numbers(std::string& text, std::string_view chunk, std::span<const Na
     if (reference.size() < 2 || !referred_name(reference, pointers).empty()) continue;
     const auto place = static_cast<std::size_t>(Val(reference.substr(1))) - 1;
     written.append(text, done, mark - done);
-    SmartNum::rip_value(chunk.substr(place, kPointerPlaceholder.size()), written);
+    written += "&h" + hex(SmartNum::pointer_value(chunk.substr(place, kPointerPlaceholder.size())));
     done = end;
   }
   text = written.append(text, done);
@@ -44,7 +44,7 @@ void Decompiler::KaScript() {
   FileBuffer& buffers = o_.buffers;
   std::string script = cat({"//", buffers.bytes(FileBuffer::kTextBuffer)});
   for (int k = 0; k < FileBuffer::kLabelSets; ++k) {
-    if (buffers.bytes(k).empty()) continue;
+    if (buffers.bytes(k).empty() && buffers.count(k) == 0) continue;
     script += sections_of(k);
     replace_all(script, "&h", "0x");
   }
@@ -58,25 +58,33 @@ std::string Decompiler::sections_of(int buffer) {
   std::string script;
   const std::int16_t count = to_integer(buffers.count(buffer));
   const std::vector<const fOffsett*> placed = buffers.placed_pointers(buffer);
-  const auto before = [](const fOffsett* pointer, std::int32_t place) { return pointer->Offset < place; };
+  const auto before = [](const fOffsett* pointer, std::int64_t place) { return pointer->Offset < place; };
+  std::int64_t reached = 0;  // by the chunks that are written
   std::size_t written = 0;
   for (std::int16_t i = 1; i <= count; ++i) {
     Chunk chunk;
     chunk.bytes = buffers.Get_Data(static_cast<std::size_t>(i), buffer);
     chunk.offset = buffers.inoffsett();
     chunk.mode = buffers.inmode();
-    const std::int32_t start = buffer * FileBuffer::kBufferSpan + chunk.offset;
-    const std::int32_t end = start + static_cast<std::int32_t>(chunk.bytes.size());
+    const std::int64_t start = std::int64_t{buffer} * FileBuffer::kBufferSpan + chunk.offset;
+    const std::int64_t end = start + static_cast<std::int64_t>(chunk.bytes.size());
+    if (chunk.offset < reached && !chunk.bytes.empty()) {
+      // Labels of a set that was put together from several files: the same bytes again would be others when compiled.
+      files.echo_fault(cat({" - The label ", buffers.inname(), " stands among the bytes of others: it is left out"}));
+      continue;
+    }
+    reached = chunk.offset + static_cast<std::int64_t>(chunk.bytes.size());
     for (auto next = std::lower_bound(placed.begin(), placed.end(), start, before);
          next != placed.end() && (*next)->Offset < end; ++next) {
-      chunk.pointers.push_back({static_cast<std::size_t>((*next)->Offset - start), (*next)->name});
+      chunk.pointers.push_back({static_cast<std::size_t>((*next)->Offset - start), (*next)->name, (*next)->mode});
     }
     files.echo({"READ OFFSETT ", i, " : ", chunk.offset});
     files.echo(cat({"> [", chunk.bytes, "]"}), false, kIndent);
-    script += cat({kLineEnd, kLineEnd, "#ORG ", buffers.inname(), " ", buffer, kLineEnd});
     if (!is_writable_name(buffers.inname())) {
-      files.echo_fault(cat({" - No script can say the name of the label ", buffers.inname()}));
+      files.echo_fault(cat({" - No script can say the name of the label ", buffers.inname(), ": it is left out"}));
+      continue;
     }
+    script += cat({kLineEnd, kLineEnd, "#ORG ", buffers.inname(), " ", buffer, kLineEnd});
     script += body(chunk);
     written += chunk.bytes.size();
   }
@@ -112,7 +120,7 @@ std::string Decompiler::code(const Chunk& chunk, std::size_t start) {
   const std::string_view bytes = chunk.bytes.substr(start);
   std::vector<NamedPointer> pointers;
   for (const NamedPointer& pointer : chunk.pointers) {
-    if (pointer.position >= start) pointers.push_back({pointer.position - start, pointer.name});
+    if (pointer.position >= start) pointers.push_back({pointer.position - start, pointer.name, pointer.kind});
   }
   Surroundings around;
   around.defines = &o_.defines;
@@ -188,7 +196,7 @@ std::int32_t Decompiler::write_section(std::int32_t offset, std::int16_t kind) {
   files.lineno(0);  // it counts the fields read, and an image has any number of blocks
   std::string data = std::get<std::string>(files.getdata("block"));
   data.resize(static_cast<std::size_t>(std::clamp<std::int64_t>(left, 0, kBlock)));
-  if (data.empty()) files.echo_fault(cat({" - 0x", hex(offset), " lies behind the end of the file"}));
+  if (data.empty() || offset < 0) files.echo_fault(cat({" - The file has no place 0x", hex(offset)}));
   const auto next = sections_.upper_bound(offset);
   if (next != sections_.end() && kind != kCodeMode) {
     data.resize(std::min(data.size(), static_cast<std::size_t>(*next - std::int64_t{offset})));
@@ -218,9 +226,11 @@ std::int32_t Decompiler::write_section(std::int32_t offset, std::int16_t kind) {
 std::string Decompiler::header(std::int32_t offset, std::size_t size) {
   std::string line = cat({kLineEnd, "#ORG 0x", hex(offset)});
   filled_ += size;
-  if (filled_ > static_cast<std::size_t>(FileBuffer::kBufferSpan) && buffer_ + 1 < FileBuffer::kLabelSets) {
+  if (filled_ > static_cast<std::size_t>(FileBuffer::kBufferSpan)) {
     filled_ = size;
-    line += cat({" ", ++buffer_});
+    if (++buffer_ < FileBuffer::kLabelSets) line += cat({" ", buffer_});
+    if (buffer_ == FileBuffer::kLabelSets)
+      o_.files.echo_fault(" - The script is too long to be compiled at once: cut it");
   }
   return line.append(kLineEnd);
 }

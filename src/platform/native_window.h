@@ -19,16 +19,15 @@ class NativeWindow {
   NativeWindow& operator=(const NativeWindow&) = delete;
 
   Window& window();
-
-  /// The boxes of the desktop.
-  static User& user();
+  /// The boxes of the desktop, before this window.
+  User& user();
 
   /// Whether no other start of the program runs.
   static bool first_start();
 
   /// Brings the window of the program that runs already to the front, and hands it `line`, where that is not empty.
-  /// False where no window appears in time.
-  static bool hand_over(const std::string& line);
+  /// Tells in a box where no window appears in time.
+  static void hand_over(const std::string& line);
 
   /// What stands behind the program's name in its command line, as it was typed.
   static std::string command_line();

@@ -152,6 +152,10 @@ void Control::rawdecode(Directive& directive, std::string_view /*detail*/) {
   replace_all(place, "0x", "&h");
   std::int32_t offset = to_long(number_of(place));
   std::int16_t kind = to_integer(number_of(mode_text));
+  // An empty script is no reason to replace one that is there.
+  if (offset == 0 || mode_text.empty()) {
+    return files.echo_fault(cat({" - There is nothing to decode at offset 0x", hex(offset), " as kind ", kind}));
+  }
   std::string name = directive.argument(1);
   std::string mode = "read";
   if (files.OpenFile(name, mode).empty()) return;

@@ -21,8 +21,8 @@ constexpr std::string_view kBanner =
 
 int run_window(const char* command, const std::string& line) {
   NativeMachine machine(command);
-  const Host host = machine.host(NativeWindow::user());
   NativeWindow native;
+  const Host host = machine.host(native.user());
   Window& window = native.window();
   InstantWindow console(window);
   const std::string log_folder = joined(host.files, host.program.folder(), "log");
@@ -53,8 +53,6 @@ int main(int /*argc*/, char** argv) {
   using tidewright::NativeWindow;
   const std::string line = NativeWindow::command_line();
   if (NativeWindow::first_start()) return tidewright::run_window(argv[0], line);
-  if (!NativeWindow::hand_over(line)) {
-    NativeWindow::user().message_box("Tidewright runs already, but its window does not appear.");
-  }
+  NativeWindow::hand_over(line);
   return 0;
 }

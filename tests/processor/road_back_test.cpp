@@ -320,10 +320,9 @@ Contents contents(FileBuffer buffers, int k) {
   return all;
 }
 
-/// Leaves out what belongs to no label, or to labels of a buffer without any bytes. Whether there was such.
+/// Leaves out the bytes that belong to no label. Whether there were such.
 bool drop_unlabelled(Contents& all) {
   const auto start = all.labels.empty() ? all.bytes.size() : static_cast<std::size_t>(all.labels.front().first);
-  if (all.bytes.empty()) all.labels.clear();
   all.bytes.erase(0, start);
   for (auto& label : all.labels) label.first -= static_cast<int>(start);
   std::map<int, Point> pointers;
@@ -343,7 +342,7 @@ bool is_number_name(const std::string& name) {
 }
 
 /// What may differ is made equal: a number that is registered now, where only its bytes stood, or the other way round;
-/// the kind of a pointer, which is that of the command its bytes decode as; and its name in data, which wants a "$".
+/// a kind other than 3, which becomes that of the command its bytes decode as; and a name in data, which wants a "$".
 /// The number of these.
 int settle_pointers(const SmartNum& num, Contents& before, const Contents& after) {
   int settled = 0;
@@ -358,7 +357,7 @@ int settle_pointers(const SmartNum& num, Contents& before, const Contents& after
     } else if (old->second != point) {
       const std::string& name = old->second.name;
       const bool in_data = point.mode == kPointer && point.name == "$" + name && !is_number_name(name);
-      may_differ = in_data || point.name == name;
+      may_differ = in_data || (point.name == name && old->second.mode != kPointer);
     }
     if (!may_differ) continue;
     before.pointers[place] = point;

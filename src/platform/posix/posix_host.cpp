@@ -258,6 +258,11 @@ void PosixFiles::remove_file(const std::string& path) {
 }
 
 void PosixFiles::replace_file(const std::string& from, const std::string& to) {
+  // A device or a pipe is not there to be replaced.
+  struct stat status {};
+  if (::lstat(native(to), &status) == 0 && !S_ISREG(status.st_mode) && !S_ISLNK(status.st_mode)) {
+    raise(ErrorNumber::path_access, to);
+  }
   if (::rename(native(from), native(to)) != 0) raise_errno(errno, to);
 }
 

@@ -7,6 +7,7 @@
 #include "base/errors.h"
 #include "platform/native_window.h"
 #include "platform/win32/resource.h"
+#include "platform/win32/win32_user.h"
 
 namespace tidewright {
 namespace {
@@ -297,7 +298,10 @@ void ConsoleWindow::keep_place() {
 }
 
 struct NativeWindow::Parts {
+  Parts() { user.owner(window.handle()); }
+
   ConsoleWindow window;
+  Win32User user;
 };
 
 NativeWindow::NativeWindow() : parts_(std::make_unique<Parts>()) {}
@@ -305,6 +309,10 @@ NativeWindow::~NativeWindow() = default;
 
 Window& NativeWindow::window() {
   return parts_->window;
+}
+
+User& NativeWindow::user() {
+  return parts_->user;
 }
 
 bool NativeWindow::first_start() {
@@ -322,22 +330,23 @@ std::string NativeWindow::command_line() {
   return text;
 }
 
-bool NativeWindow::hand_over(const std::string& line) {
+void NativeWindow::hand_over(const std::string& line) {
   HWND window = nullptr;
   for (int i = 0; i < kHandOverTries && window == nullptr; ++i) {
     if (i > 0) Sleep(100);
     window = FindWindowA(kClass, kCaption);
   }
-  if (window == nullptr) return false;
+  if (window == nullptr) {
+    return Win32User().message_box("Tidewright runs already, but its window does not appear.");
+  }
   if (IsIconic(window) != 0) ShowWindow(window, SW_RESTORE);
   SetForegroundWindow(window);
-  if (line.empty()) return true;
+  if (line.empty()) return;
   std::wstring wide = widened(line);
   COPYDATASTRUCT block{};
   block.cbData = static_cast<DWORD>(wide.size() * sizeof(wchar_t));
   block.lpData = wide.data();
   SendMessageA(window, WM_COPYDATA, 0, reinterpret_cast<LPARAM>(&block));
-  return true;
 }
 
 }  // namespace tidewright

@@ -17,6 +17,8 @@ class ConsoleWindow : public Window {
   ConsoleWindow(const ConsoleWindow&) = delete;
   ConsoleWindow& operator=(const ConsoleWindow&) = delete;
 
+  HWND handle() const { return frame_; }
+
   std::string text() override;
   void text(std::string_view text) override;
   std::size_t caret() override;

@@ -36,7 +36,9 @@ struct NativeMachine::Parts {
   Win32Clock clock;
   Win32Desktop desktop;
   Win32Registry registry;
-  UINT output_code_page = 0;  // of the console, before ours; 0 when there is no console
+  // The console as it was before; 0 when the output goes elsewhere.
+  UINT output_code_page = 0;
+  DWORD output_mode = 0;
 };
 
 NativeMachine::NativeMachine(const char*) : parts_(std::make_unique<Parts>()) {
@@ -45,14 +47,19 @@ NativeMachine::NativeMachine(const char*) : parts_(std::make_unique<Parts>()) {
   // Lines that come from a file or a program are taken as they are: in the run-time's text mode a byte 26 ends them.
   const int input = _fileno(stdin);
   if (input >= 0 && !is_terminal(Stream::input)) _setmode(input, _O_BINARY);
-  if (!is_terminal(Stream::output) && !is_terminal(Stream::error)) return;
-  // What the console shows is made visible as UTF-8, and as nothing else.
+  if (!is_terminal(Stream::output)) return;
+  // What the console shows is made visible as UTF-8, and as nothing else, but for the codes that clear the screen.
   parts_->output_code_page = ::GetConsoleOutputCP();
   ::SetConsoleOutputCP(CP_UTF8);
+  const HANDLE output = handle_of(Stream::output);
+  ::GetConsoleMode(output, &parts_->output_mode);
+  ::SetConsoleMode(output, parts_->output_mode | ENABLE_PROCESSED_OUTPUT | ENABLE_VIRTUAL_TERMINAL_PROCESSING);
 }
 
 NativeMachine::~NativeMachine() {
-  if (parts_->output_code_page != 0) ::SetConsoleOutputCP(parts_->output_code_page);
+  if (parts_->output_code_page == 0) return;
+  ::SetConsoleOutputCP(parts_->output_code_page);
+  ::SetConsoleMode(handle_of(Stream::output), parts_->output_mode);
 }
 
 Host NativeMachine::host(User& user) {

@@ -146,16 +146,19 @@ int known_attributes(DWORD attributes) {
   return static_cast<int>(attributes) & (kReadOnly | kHidden | kSystem | kDirectory);
 }
 
-/// Refuses a path that asks for a folder, by a separator at its end, where a file is wanted.
-void refuse_folder_form(const std::string& path, const std::string& called, bool making) {
-  if (path.empty() || !is_separator(path.back())) return;
+/// Refuses what no file can be made or found by: a path that asks for a folder, by a separator at its end; and, for
+/// writing, a read-only file. The system would only deny the access.
+void refuse(const std::string& path, const std::string& called, bool writing) {
   const DWORD attributes = attributes_of(without_end_separator(path));
-  if (attributes == INVALID_FILE_ATTRIBUTES) {
-    const DWORD error = ::GetLastError();
-    if (!making || error != ERROR_FILE_NOT_FOUND) raise_system(error, called);
-    raise_system(ERROR_INVALID_NAME, called);
+  const bool missing = attributes == INVALID_FILE_ATTRIBUTES;
+  if (writing && !missing && (attributes & FILE_ATTRIBUTE_DIRECTORY) == 0 &&
+      (attributes & FILE_ATTRIBUTE_READONLY) != 0) {
+    raise(ErrorNumber::permission_denied, cat({called, " (read-only)"}));
   }
-  if ((attributes & FILE_ATTRIBUTE_DIRECTORY) == 0) raise_system(ERROR_DIRECTORY, called);
+  if (path.empty() || !is_separator(path.back())) return;
+  const DWORD error = missing ? ::GetLastError() : ERROR_DIRECTORY;
+  if (missing && writing && error == ERROR_FILE_NOT_FOUND) raise_system(ERROR_INVALID_NAME, called);
+  if (missing || (attributes & FILE_ATTRIBUTE_DIRECTORY) == 0) raise_system(error, called);
 }
 
 /// The same as raise_system for a call on a file: the system denies access to a folder, as if that were one of rights.
@@ -267,7 +270,7 @@ void remember_current_folder() {
 std::unique_ptr<File> Win32Files::open(const std::string& path, Access access, const std::string& called) {
   const char* name = native(path);
   const bool writing = access != Access::read;
-  refuse_folder_form(path, called, writing);
+  refuse(path, called, writing);
   const HANDLE handle =
       ::CreateFileA(name, writing ? GENERIC_READ | GENERIC_WRITE : GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE,
                     nullptr, writing ? OPEN_ALWAYS : OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
@@ -293,7 +296,8 @@ void Win32Files::change_folder(const std::string& folder) {
     ::SetEnvironmentVariableA(cat({"=", upper(whole[0]), ":"}).c_str(), whole.c_str());
     return;
   }
-  if (::SetCurrentDirectoryA(native(folder)) == 0) {
+  if (whole.empty()) raise_system(ERROR_PATH_NOT_FOUND, folder);
+  if (::SetCurrentDirectoryA(whole.c_str()) == 0) {
     raise_system(::GetLastError(), folder, ErrorNumber::path_not_found);
   }
   remember_current_folder();
@@ -378,17 +382,19 @@ void Win32Files::remove_folder(const std::string& folder) {
 }
 
 void Win32Files::remove_file(const std::string& path) {
-  refuse_folder_form(path, path, false);
+  refuse(path, path, false);
   if (::DeleteFileA(native(path)) == 0) raise_file_error(::GetLastError(), path, path);
 }
 
 void Win32Files::replace_file(const std::string& from, const std::string& to) {
-  refuse_folder_form(to, to, true);
-  // Virus scanners and search indexes hold a file for a moment when it has just been written.
+  refuse(to, to, true);
+  // Virus scanners and search indexes hold a file for a moment when it has just been written. The system reports that
+  // as a violation for the one file, and as a denied access for the other.
   for (int tries = 1; ::MoveFileExA(native(from), native(to), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH) == 0;
        ++tries) {
     const DWORD error = ::GetLastError();
-    if (error != ERROR_SHARING_VIOLATION || tries == kHeldTries) raise_file_error(error, to, to);
+    const bool may_pass = error == ERROR_SHARING_VIOLATION || (error == ERROR_ACCESS_DENIED && !is_folder(to));
+    if (!may_pass || tries == kHeldTries) raise_file_error(error, to, to);
     ::Sleep(kHeldPause);
   }
 }
