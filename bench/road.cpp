@@ -1,6 +1,6 @@
-// The stations of a line's road, each on its own: cutting it into tokens, encoding it, adding its bytes to a
-// buffer, burning the buffers; and the way back, decoding the bytes. Everything happens in memory: no disk, and a console that nobody looks at. The
-// figures are for a line, or for a label's chunk.
+// The stations of a line's road, each on its own: cutting it into tokens, encoding it, adding its bytes to a buffer,
+// burning the buffers; and the way back, decoding the bytes. Everything happens in memory: no disk, and a console that
+// nobody looks at. The figures are for a line, or for a label's chunk.
 #include <array>
 #include <benchmark/benchmark.h>
 #include <cstdint>

@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# Checks the formatting of every source, and every program source with clang-tidy. Takes some minutes.
+# Checks the formatting of every source, and with clang-tidy every source of the program that this machine builds. Takes
+# some minutes.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 . tools/need.sh
@@ -11,5 +12,5 @@ need clang++ clang
 
 git ls-files -z '*.cpp' '*.h' | xargs -0 clang-format --dry-run -Werror
 cmake --preset dev >/dev/null
-git ls-files -z 'src/*.cpp' | xargs -0 -n 4 -P "$(nproc)" clang-tidy -p build/dev --quiet
+git ls-files -z 'src/*.cpp' ':!src/platform/win32' ':!src/shell/window_main.cpp' | xargs -0 -n 4 -P "$(nproc)" clang-tidy -p build/dev --quiet
 echo "clean"

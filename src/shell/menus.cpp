@@ -11,7 +11,7 @@ namespace {
 // Asks for a file of the folder `start` and makes its folder the current one. The whole name; empty when cancelled.
 std::string chosen_file(FileHandle& files, std::string start, std::string_view mode) {
   files.Dos("cd", start);
-  const std::string name = files.getfile(mode);
+  std::string name = files.getfile(mode);
   if (!name.empty()) files.filename("fullpath", name);
   return name;
 }

@@ -33,8 +33,14 @@ int run_window(const char* command, const std::string& line) {
     host.user.critical_box(cat({"The session log cannot be opened in ", log_folder, ": ", error.description}));
     return 1;
   }
-  console.run_line = [&](const std::string& text) { shared->control.pending(text); };
-  console.run_item = [&](MenuItem item) { run_menu(*shared, item); };
+  console.run_line = [&](const std::string& text) {
+    shared->control.pending(text);
+    shared->file_handle.flush_output();
+  };
+  console.run_item = [&](MenuItem item) {
+    run_menu(*shared, item);
+    shared->file_handle.flush_output();
+  };
   window.listen(console);
   window.visible(true);
   console.text(std::string(kBanner));
