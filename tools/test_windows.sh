@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Installs what it lacks, builds the Windows programs and their unit tests with MinGW-w64, and runs the tests under Wine, on a
-# display and in a prefix of their own. The last line is "N passed, N failed".
+# Installs what it lacks, builds the Windows programs and their unit tests with MinGW-w64, and runs the tests under
+# Wine, on a display and in a prefix of their own. The last line is "N passed, N failed".
 set -euo pipefail
 cd "$(dirname "$0")/.."
 . tools/need.sh
@@ -33,12 +33,15 @@ status=0
 # On Wine's own desktop: on a bare display each box would wait for a window manager.
 timeout 300 xvfb-run -a bash -e -c '
   desktops="HKCU\Software\Wine\Explorer"
-  wine reg add "$desktops" /v Desktop /d tests /f
-  wine reg add "$desktops\Desktops" /v tests /d 1024x768 /f
-  exec wine build/windows/tests/unit_tests.exe
+  wine reg add "$desktops" /v Desktop /d tests /f >/dev/null
+  wine reg add "$desktops\Desktops" /v tests /d 1024x768 /f >/dev/null
+  status=0
+  wine build/windows/tests/unit_tests.exe || status=$?
+  wineserver -k # the desktop, before its display goes
+  exit "$status"
 ' >"$report_file" 2>&1 || status=$?
 report=$(tr -d '\r' <"$report_file")
-printf '%s\n' "$report" | grep -v -e '^\[ RUN' -e '^\[       OK' -e '^\[---' || true
+printf '%s\n' "$report" | grep -v -e '^\[ RUN' -e '^\[       OK' -e '^\[---' -e '^$' || true
 total=$(printf '%s\n' "$report" | sed -n 's/^\[==========\] \([0-9]*\) tests\? from .* ran\..*/\1/p')
 passed=$(printf '%s\n' "$report" | sed -n 's/^\[  PASSED  \] \([0-9]*\) tests\?\..*/\1/p')
 skipped=$(printf '%s\n' "$report" | sed -n 's/^\[  SKIPPED \] \([0-9]*\) tests\?, listed below:.*/\1/p')

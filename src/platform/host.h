@@ -101,6 +101,9 @@ class Program {
   virtual ~Program() = default;
   virtual std::string folder() = 0;
   virtual std::string name() = 0;
+  /// Where the program keeps what it writes for this user when its own folder cannot be written. The folder and those
+  /// above it may be missing. Empty where there is none.
+  virtual std::string state_folder() = 0;
 };
 
 class Clock {

@@ -77,7 +77,7 @@ void InstantWindow::chosen(MenuItem item) {
 }
 
 void InstantWindow::handed_over(std::string line) {
-  run([this, line = std::move(line)] { run_line(line); });
+  run([this, line = std::move(line)] { run_command_line(line); });
 }
 
 // While lines run, the window closes behind the one that is under way.

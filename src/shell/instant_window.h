@@ -19,8 +19,9 @@ class InstantWindow : public Instant, public WindowEvents {
 
   explicit InstantWindow(Window& window) : window_(window) {}
 
-  /// What to do with a line, and with a choice of the menu. Set before the window runs.
+  /// What to do with a line, with the command line of a start, and with a choice of the menu. Set before the window runs.
   std::function<void(const std::string&)> run_line;
+  std::function<void(const std::string&)> run_command_line;
   std::function<void(MenuItem)> run_item;
 
   /// Runs `work`, and then what arrived meanwhile. While work is under way it is only kept for later. An ExitProgram

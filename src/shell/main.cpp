@@ -53,20 +53,51 @@ void run_session(Shared& shared, const Options& options) {
   }
 }
 
+/// Makes the folder and those above it, as far as they are missing. Where that fails, opening the log tells why.
+void make_folders(Files& files, const std::string& folder) {
+  try {
+    if (files.find(folder)) return;
+    const std::string above = folder_of(folder);
+    if (!above.empty() && above != folder) make_folders(files, above);
+    files.make_folder(folder);
+  } catch (const RuntimeError&) {
+  }
+}
+
+/// The objects of a session whose log is in `folder`; nothing when the log cannot be opened there, with the reason put
+/// behind `reasons`.
+std::unique_ptr<Shared> logged_in(const std::string& folder, const Host& host, Instant& console, std::string& reasons) {
+  try {
+    return std::make_unique<Shared>(host, console, folder);
+  } catch (const RuntimeError& error) {
+    reasons += cat({reasons.empty() ? "in " : ", nor in ", folder, ": ", error.description});
+    return nullptr;
+  }
+}
+
+/// The log goes where it was told to go; else beside the program or, where that cannot be written, into the user's
+/// state folder.
+std::unique_ptr<Shared> open_session(const Options& options, const Host& host, Instant& console) {
+  std::string reasons;
+  const std::string first = options.log_folder.value_or(joined(host.files, host.program.folder(), "log"));
+  std::unique_ptr<Shared> shared = logged_in(first, host, console, reasons);
+  const std::string state = options.log_folder ? "" : host.program.state_folder();
+  if (shared == nullptr && !state.empty()) {
+    make_folders(host.files, state);
+    shared = logged_in(joined(host.files, state, "log"), host, console, reasons);
+  }
+  if (shared == nullptr) host.user.critical_box("The session log cannot be opened " + reasons);
+  return shared;
+}
+
 int run(const char* command, const Options& options) {
   NativeMachine machine(command);
   TerminalConsole console(std::cout, NativeMachine::is_terminal(Stream::output));
   console.Visible(!options.quiet);
   TerminalUser user(std::cin, NativeMachine::is_terminal(Stream::input), std::cerr, options.answer);
   const Host host = machine.host(user);
-  const std::string log_folder = options.log_folder.value_or(joined(host.files, host.program.folder(), "log"));
-  std::unique_ptr<Shared> shared;
-  try {
-    shared = std::make_unique<Shared>(host, console, log_folder);
-  } catch (const RuntimeError& error) {
-    user.critical_box(cat({"The session log cannot be opened in ", log_folder, ": ", error.description}));
-    return kTroubled;
-  }
+  const std::unique_ptr<Shared> shared = open_session(options, host, console);
+  if (shared == nullptr) return kTroubled;
   run_session(*shared, options);
   shared->file_handle.close_all();
   shared->file_handle.flush_output();

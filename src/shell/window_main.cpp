@@ -19,6 +19,20 @@ constexpr std::string_view kBanner =
     "WELCOME TO TIDEWRIGHT\r\nMade by the Tidewright authors.\r\nType a line and press Enter; the menu File opens "
     "files.\r\n";
 
+// The desktop names the file of a command line by its whole path, and a directive looks in the current folder.
+void visit_named_file(Files& files, const std::string& line) {
+  const std::size_t open = line.find('"');
+  const std::size_t close = open == std::string::npos ? open : line.find('"', open + 1);
+  if (close == std::string::npos) return;
+  const std::string path = line.substr(open + 1, close - open - 1);
+  if (!is_absolute(path)) return;
+  try {
+    files.change_folder(folder_of(path));
+  } catch (const RuntimeError&) {
+    // Then the directive tells that it does not find the file.
+  }
+}
+
 int run_window(const char* command, const std::string& line) {
   NativeMachine machine(command);
   NativeWindow native;
@@ -36,6 +50,10 @@ int run_window(const char* command, const std::string& line) {
   console.run_line = [&](const std::string& text) {
     shared->control.pending(text);
     shared->file_handle.flush_output();
+  };
+  console.run_command_line = [&](const std::string& text) {
+    visit_named_file(host.files, text);
+    console.run_line(text);
   };
   console.run_item = [&](MenuItem item) {
     run_menu(*shared, item);

@@ -179,6 +179,40 @@ class Terminal(unittest.TestCase):
         self.assertEqual(status, 1)
         self.assertIn("CRITICAL ERROR: The session log cannot be opened in ", err)
 
+    def test_a_program_that_may_not_write_beside_itself_logs_in_the_state_folder(self):
+        # As a package installs it: a link, the program and its base in one folder, a user who may not write there.
+        os.makedirs(os.path.join(self.root, "lib", "base"))
+        os.mkdir(os.path.join(self.root, "bin"))
+        shutil.copy(PROGRAM, os.path.join(self.root, "lib", "tidewright"))
+        os.symlink("../lib/tidewright", os.path.join(self.root, "bin", "tidewright"))
+        with open(os.path.join(self.root, "lib", "base", "includes.psh"), "w", encoding="ascii") as file:
+            file.write(DATABASE)
+        somebody = {"user": 65534, "group": 65534, "extra_groups": []} if os.getuid() == 0 else {}
+        os.chmod(self.root, 0o755)
+        os.chmod(os.path.join(self.root, "lib"), 0o555)
+        self.addCleanup(os.chmod, os.path.join(self.root, "lib"), 0o755)
+        home = os.path.join(self.root, "home")
+        file = os.path.join(self.folder, "game.bin")
+        cases = [
+            ({"XDG_STATE_HOME": home + "/new/state", "HOME": home}, [], "new/state/tidewright/log"),
+            ({"HOME": home}, [], ".local/state/tidewright/log"),
+            ({"XDG_STATE_HOME": "state", "HOME": home}, [], ".local/state/tidewright/log"),  # not a whole path
+            ({"XDG_STATE_HOME": file, "HOME": home}, [], None),
+            ({}, [], None),
+            ({"HOME": home}, ["--log-folder", file + "/log"], None),  # what was asked for, or nothing
+        ]
+        for environment, options, wanted in cases:
+            with self.subTest(environment=environment, options=options):
+                os.mkdir(home)
+                os.chmod(home, 0o777)
+                ended = subprocess.run([os.path.join(self.root, "bin", "tidewright"), *options, "#boot; walk 1"], cwd=home,
+                                       env=environment, capture_output=True, timeout=60, check=False, **somebody)
+                logs = [folder for folder, _, names in os.walk(home) if any(name.endswith(".log") for name in names)]
+                self.assertEqual(logs, [os.path.join(home, wanted)] if wanted else [])
+                self.assertEqual(ended.returncode, 0 if wanted else 1, ended.stderr)
+                self.assertEqual(b"The session log cannot be opened in " in ended.stderr, wanted is None)
+                shutil.rmtree(home)
+
     def test_a_terminal_asks(self):
         main, other = pty.openpty()
         command = [PROGRAM, "--log-folder", os.path.join(self.root, "log")]

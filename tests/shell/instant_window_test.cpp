@@ -44,6 +44,7 @@ struct InstantWindowTest : testing::Test {
       console.add("did " + line);
       if (work) work();
     };
+    console.run_command_line = console.run_line;
   }
 
   FakeWindow window;

@@ -118,6 +118,7 @@ class MemoryProgram final : public Program {
   explicit MemoryProgram(PathStyle style) : folder_(style == PathStyle::windows ? "C:\\tidewright" : "/tidewright") {}
   std::string folder() override { return folder_; }
   std::string name() override { return "tidewright"; }
+  std::string state_folder() override { return {}; }
 
  private:
   std::string folder_;

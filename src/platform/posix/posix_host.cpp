@@ -147,6 +147,12 @@ std::string program_path(const std::string& command) {
   return cat({PosixFiles().current_folder(), "/", command});
 }
 
+/// What the environment says under this name, if it is a path from the root on; else empty.
+std::string whole_path_of(const char* variable) {
+  const char* value = std::getenv(variable);
+  return value != nullptr && *value == '/' ? value : "";
+}
+
 bool has_desktop() {
   for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY"}) {
     const char* value = std::getenv(name);
@@ -281,6 +287,13 @@ PosixProgram::PosixProgram(const std::string& command) {
   name_ = last_part(path);
   const std::size_t dot = name_.rfind('.');
   if (dot != std::string::npos && dot > 0) name_.resize(dot);
+}
+
+std::string PosixProgram::state_folder() {
+  const std::string state = whole_path_of("XDG_STATE_HOME");
+  if (!state.empty()) return state + "/tidewright";
+  const std::string home = whole_path_of("HOME");
+  return home.empty() ? home : home + "/.local/state/tidewright";
 }
 
 std::tm PosixClock::now() {

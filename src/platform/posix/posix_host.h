@@ -45,6 +45,8 @@ class PosixProgram final : public Program {
 
   std::string folder() override { return folder_; }
   std::string name() override { return name_; }
+  /// "tidewright" in XDG_STATE_HOME; where that names no whole path, in ".local/state" of the user's HOME.
+  std::string state_folder() override;
 
  private:
   std::string folder_;

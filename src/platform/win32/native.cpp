@@ -36,7 +36,8 @@ struct NativeMachine::Parts {
   Win32Clock clock;
   Win32Desktop desktop;
   Win32Registry registry;
-  // The console as it was before; 0 when the output goes elsewhere.
+  // The console as it was before; 0 where input or output goes elsewhere.
+  UINT input_code_page = 0;
   UINT output_code_page = 0;
   DWORD output_mode = 0;
 };
@@ -44,9 +45,15 @@ struct NativeMachine::Parts {
 NativeMachine::NativeMachine(const char*) : parts_(std::make_unique<Parts>()) {
   // An empty drive is an error like others, not a box of the system's.
   ::SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX);
-  // Lines that come from a file or a program are taken as they are: in the run-time's text mode a byte 26 ends them.
   const int input = _fileno(stdin);
-  if (input >= 0 && !is_terminal(Stream::input)) _setmode(input, _O_BINARY);
+  if (is_terminal(Stream::input)) {
+    // What is typed is in the code page of the names and the scripts, not in the console's older one.
+    parts_->input_code_page = ::GetConsoleCP();
+    ::SetConsoleCP(::GetACP());
+  } else if (input >= 0) {
+    // Lines that come from a file or a program are taken as they are: in the run-time's text mode a byte 26 ends them.
+    _setmode(input, _O_BINARY);
+  }
   if (!is_terminal(Stream::output)) return;
   // What the console shows is made visible as UTF-8, and as nothing else, but for the codes that clear the screen.
   parts_->output_code_page = ::GetConsoleOutputCP();
@@ -57,6 +64,7 @@ NativeMachine::NativeMachine(const char*) : parts_(std::make_unique<Parts>()) {
 }
 
 NativeMachine::~NativeMachine() {
+  if (parts_->input_code_page != 0) ::SetConsoleCP(parts_->input_code_page);
   if (parts_->output_code_page == 0) return;
   ::SetConsoleOutputCP(parts_->output_code_page);
   ::SetConsoleMode(handle_of(Stream::output), parts_->output_mode);

@@ -435,6 +435,12 @@ Win32Program::Win32Program() {
   if (dot != std::string::npos && dot > 0) name_.resize(dot);
 }
 
+std::string Win32Program::state_folder() {
+  const std::string local =
+      system_text([](char* room, DWORD size) { return ::GetEnvironmentVariableA("LOCALAPPDATA", room, size); });
+  return local.empty() ? local : local + "\\Tidewright";
+}
+
 std::tm Win32Clock::now() {
   const std::time_t seconds = std::time(nullptr);
   std::tm local{};

@@ -48,6 +48,8 @@ class Win32Program final : public Program {
 
   std::string folder() override { return folder_; }
   std::string name() override { return name_; }
+  /// "Tidewright" in the user's LOCALAPPDATA.
+  std::string state_folder() override;
 
  private:
   std::string folder_;

@@ -156,7 +156,7 @@ std::string Win32User::file_box(const std::string& title, bool saving) {
   choice.Flags = OFN_EXPLORER | OFN_NOCHANGEDIR | OFN_HIDEREADONLY | OFN_PATHMUSTEXIST;
   choice.Flags |= saving ? OFN_OVERWRITEPROMPT : OFN_FILEMUSTEXIST;
   const BOOL chosen = saving ? ::GetSaveFileNameA(&choice) : ::GetOpenFileNameA(&choice);
-  return chosen != 0 ? std::string(name.c_str()) : std::string();
+  return chosen != 0 ? name.substr(0, name.find('\0')) : std::string();
 }
 
 }  // namespace tidewright
