@@ -1,5 +1,6 @@
 #include "shell/instant_window.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "base/text.h"
@@ -19,8 +20,10 @@ void InstantWindow::text(std::string text) {
 }
 
 void InstantWindow::flush() {
+  const std::int64_t start = window_.milliseconds();
   if (std::exchange(changed_, false)) window_.text(text_);
-  shown_at_ = window_.milliseconds();
+  const std::int64_t end = window_.milliseconds();
+  show_again_ = end + std::max(kMillisecondsBetween, (end - start) * kShare);
 }
 
 bool InstantWindow::go_on() {
@@ -30,7 +33,7 @@ bool InstantWindow::go_on() {
 
 // A long run shows how far it is, and listens.
 void InstantWindow::breathe() {
-  if (!busy_ || window_.milliseconds() - shown_at_ < kMillisecondsBetween) return;
+  if (!busy_ || window_.milliseconds() < show_again_) return;
   flush();
   window_.process_waiting();
 }

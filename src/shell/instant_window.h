@@ -14,12 +14,15 @@ namespace tidewright {
 
 class InstantWindow : public Instant, public WindowEvents {
  public:
-  /// Shows the text at most this often while lines run.
+  /// Shows the text at most this often while lines run, and less often where showing it takes long: a run must not wait
+  /// for the window more than a small share of its time.
   static constexpr std::int64_t kMillisecondsBetween = 30;
+  static constexpr std::int64_t kShare = 10;
 
   explicit InstantWindow(Window& window) : window_(window) {}
 
-  /// What to do with a line, with the command line of a start, and with a choice of the menu. Set before the window runs.
+  /// What to do with a line, with the command line of a start, and with a choice of the menu. Set before the window
+  /// runs.
   std::function<void(const std::string&)> run_line;
   std::function<void(const std::string&)> run_command_line;
   std::function<void(MenuItem)> run_item;
@@ -52,8 +55,8 @@ class InstantWindow : public Instant, public WindowEvents {
 
   Window& window_;
   std::string text_;
-  bool changed_ = false;       // the box does not show it yet
-  std::int64_t shown_at_ = 0;  // milliseconds
+  bool changed_ = false;         // the box does not show it yet
+  std::int64_t show_again_ = 0;  // milliseconds
   bool busy_ = false;
   bool end_wanted_ = false;  // the window was closed while lines ran
   std::deque<std::function<void()>> waiting_;
