@@ -16,6 +16,7 @@ class FakeWindow : public Window {
     box = text;
     place = box.size();
     ++paintings;
+    now += cost;
   }
   std::size_t caret() override { return place; }
   void caret_to_end() override { place = box.size(); }
@@ -33,6 +34,7 @@ class FakeWindow : public Window {
   std::size_t place = 0;
   int paintings = 0;
   std::int64_t now = 0;
+  std::int64_t cost = 0;  // of showing a text, in milliseconds
   bool ended = false;
   std::function<void()> while_waiting;
 };
@@ -96,7 +98,11 @@ TEST_F(InstantWindowTest, PaintsNowAndThenWhileLinesRun) {
     }
   };
   console.handed_over("long");
-  EXPECT_EQ(window.paintings, 10 + 1);
+  EXPECT_EQ(window.paintings, 1 + 10 + 1) << "the first line, ten times 30 milliseconds, the end";
+  window.paintings = 0;
+  window.cost = 10;
+  console.handed_over("slow to show");
+  EXPECT_EQ(window.paintings, 3 + 1) << "every 100 milliseconds";
 }
 
 TEST_F(InstantWindowTest, ClosesAtOnceOrBehindTheLineThatRuns) {
