@@ -40,3 +40,16 @@ fi
 
 echo "== whole job"
 python3 bench/job.py --program build/tidewright --folder build/bench/job "$@"
+
+if [ "$job_only" = no ]; then
+  echo "== window"
+  need x86_64-w64-mingw32-g++-posix g++-mingw-w64-x86-64-posix
+  need wine wine
+  need wine64 wine64
+  need xvfb-run xvfb
+  need xauth xauth
+  mkdir -p build/windows
+  { cmake --preset windows && cmake --build --preset windows --target tidewright tidewrightc; } \
+    >build/windows/bench-build.txt 2>&1 || { tail -n 60 build/windows/bench-build.txt; exit 1; }
+  xvfb-run -a python3 bench/window.py --programs build/windows --job build/bench/job/120000
+fi

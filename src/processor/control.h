@@ -36,6 +36,9 @@ class Control {
   /// Clears that text. The result is always empty.
   std::string clear_pendng();
 
+  /// Does `work` as the outermost line does its own: errors end here.
+  void guarded(const std::function<void()>& work);
+
   /// Runs the script file `name` as "#include" does. Errors end here as in pending().
   void run_file(std::string name);
 
@@ -76,7 +79,6 @@ class Control {
   static const Row kDirectives[];
 
   // control.cpp
-  void guarded(const std::function<void()>& work);
   void report(std::string_view description, int number);
   void cut(const std::string& line, SmartString& statement);
   void skip_in_block(const std::string& line);

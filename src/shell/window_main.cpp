@@ -56,7 +56,7 @@ int run_window(const char* command, const std::string& line) {
     console.run_line(text);
   };
   console.run_item = [&](MenuItem item) {
-    run_menu(*shared, item);
+    shared->control.guarded([&] { run_menu(*shared, item); });
     shared->file_handle.flush_output();
   };
   window.listen(console);

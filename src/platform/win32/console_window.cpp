@@ -89,7 +89,10 @@ ConsoleWindow::ConsoleWindow() {
 }
 
 ConsoleWindow::~ConsoleWindow() {
-  if (frame_ != nullptr) DestroyWindow(frame_);
+  if (frame_ != nullptr) {
+    keep_place();
+    DestroyWindow(frame_);
+  }
   if (font_ != nullptr) DeleteObject(font_);
 }
 
@@ -159,7 +162,7 @@ void ConsoleWindow::caret_to_end() {
 
 void ConsoleWindow::visible(bool visible) {
   visible_ = visible;
-  ShowWindow(frame_, visible ? SW_SHOW : SW_HIDE);
+  ShowWindow(frame_, visible ? std::exchange(first_show_, SW_SHOW) : SW_HIDE);
   if (visible) SetFocus(box_);
 }
 
@@ -244,7 +247,6 @@ LRESULT ConsoleWindow::handle_message(UINT message, WPARAM word, LPARAM data) {
     case WM_QUERYENDSESSION:
       return TRUE;
     case WM_CLOSE:
-      keep_place();
       if (events_ == nullptr || events_->closing()) end();
       return 0;
     case WM_DESTROY:
@@ -286,6 +288,7 @@ void ConsoleWindow::restore_place() {
   if (read != ERROR_SUCCESS || size != sizeof place || place.length != sizeof place) return;
   // A screen that is gone must not keep the window.
   if (MonitorFromRect(&place.rcNormalPosition, MONITOR_DEFAULTTONULL) == nullptr) return;
+  if (place.showCmd == SW_SHOWMAXIMIZED) first_show_ = SW_SHOWMAXIMIZED;
   place.showCmd = SW_HIDE;
   SetWindowPlacement(frame_, &place);
 }

@@ -51,6 +51,7 @@ class ConsoleWindow : public Window {
   WNDPROC box_before_ = nullptr;
   WindowEvents* events_ = nullptr;
   std::deque<std::string> handed_over_;  // by other starts, not yet told
+  int first_show_ = SW_SHOW;
   bool visible_ = false;
   bool ended_ = false;
 };
