@@ -51,6 +51,7 @@ class InstantWindow : public Instant, public WindowEvents {
 
  private:
   void work_off();
+  void apart(const std::function<void()>& work);
   void breathe();
 
   Window& window_;
