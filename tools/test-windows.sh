@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Installs what it lacks, builds the Windows programs and their unit tests with MinGW-w64, and runs the tests under
-# Wine, on a display and in a prefix of their own. The last line is "N passed, N failed".
+# Installs what it lacks, builds the Windows programs and their tests with MinGW-w64, and runs the unit tests and those of
+# the window under Wine, each on a display and in a prefix of their own. The last line is "N passed, N failed".
 set -euo pipefail
 cd "$(dirname "$0")/.."
 . tools/need.sh
@@ -12,6 +12,8 @@ need wine wine
 need wine64 wine64
 need xvfb-run xvfb
 need xauth xauth
+need xdotool xdotool
+need python3 python3
 need_file /usr/src/googletest/CMakeLists.txt googletest
 
 echo "== build windows"
@@ -51,5 +53,17 @@ if [ -z "$total" ] || [ -z "$passed" ] || [ "$passed" -eq 0 ]; then
   exit 1
 fi
 failed=$((total - passed - ${skipped:-0}))
-echo "$passed passed, $failed failed"
-[ "$status" -eq 0 ] && [ "$failed" -eq 0 ]
+
+echo "== test the window"
+window=$(timeout 600 python3 tests/window/window.py build/windows/tidewright.exe build/windows/tests/probe.exe 2>&1) ||
+  status=$?
+printf '%s\n' "$window"
+ran=$(printf '%s\n' "$window" | sed -n 's/^Ran \([0-9]*\) tests\? in .*/\1/p')
+if [ -z "$ran" ]; then
+  echo "the window's tests did not run to their end"
+  echo "$passed passed, $((failed + 1)) failed"
+  exit 1
+fi
+lost=$(printf '%s\n' "$window" | grep -c -e '^FAIL: ' -e '^ERROR: ' || true)
+echo "$((passed + ran - lost)) passed, $((failed + lost)) failed"
+[ "$status" -eq 0 ] && [ "$((failed + lost))" -eq 0 ]

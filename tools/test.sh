@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Installs what the tests lack, builds the program and the tests, and runs everything through CTest.
-# The last line is "N passed, N failed".
+# Installs what the tests lack, builds the program and the tests, and runs everything through CTest; then the Windows
+# program and its tests in the same way, under Wine. The last line is "N passed, N failed".
 set -euo pipefail
 cd "$(dirname "$0")/.."
 . tools/need.sh
@@ -34,5 +34,10 @@ if [ -z "$total" ] || [ "$total" -eq 0 ]; then
   echo "0 passed, 1 failed"
   exit 1
 fi
-echo "$((total - failed)) passed, $failed failed"
-[ "$status" -eq 0 ] && [ "$failed" -eq 0 ]
+
+report=$(tools/test-windows.sh 2>&1) || status=$?
+printf '%s\n' "$report"
+read -r windows_passed windows_failed < <(printf '%s\n' "$report" | tail -n 1 |
+  sed -n 's/^\([0-9]*\) passed, \([0-9]*\) failed$/\1 \2/p') || { windows_passed=0 && windows_failed=1; }
+echo "$((total - failed + windows_passed)) passed, $((failed + windows_failed)) failed"
+[ "$status" -eq 0 ] && [ "$((failed + windows_failed))" -eq 0 ]

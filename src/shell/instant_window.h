@@ -51,7 +51,6 @@ class InstantWindow : public Instant, public WindowEvents {
 
  private:
   void work_off();
-  void apart(const std::function<void()>& work);
   void breathe();
 
   Window& window_;

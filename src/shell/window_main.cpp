@@ -1,4 +1,5 @@
 // The program with the window: its start, its one window, its end.
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -33,6 +34,14 @@ void visit_named_file(Files& files, const std::string& line) {
   }
 }
 
+// What no Enter began has no line break behind its output, and what a person types next must not stand in that line.
+void run_apart(InstantWindow& console, const std::function<void()>& work) {
+  const std::string before = console.text();
+  work();
+  const std::string& text = console.text();
+  if (text != before && !text.empty() && !text.ends_with(kLineEnd)) console.text(cat({text, kLineEnd}));
+}
+
 int run_window(const char* command, const std::string& line) {
   NativeMachine machine(command);
   NativeWindow native;
@@ -53,10 +62,10 @@ int run_window(const char* command, const std::string& line) {
   };
   console.run_command_line = [&](const std::string& text) {
     visit_named_file(host.files, text);
-    console.run_line(text);
+    run_apart(console, [&] { console.run_line(text); });
   };
   console.run_item = [&](MenuItem item) {
-    shared->control.guarded([&] { run_menu(*shared, item); });
+    run_apart(console, [&] { shared->control.guarded([&] { run_menu(*shared, item); }); });
     shared->file_handle.flush_output();
   };
   window.listen(console);

@@ -260,7 +260,12 @@ LRESULT ConsoleWindow::handle_message(UINT message, WPARAM word, LPARAM data) {
 
 LRESULT CALLBACK ConsoleWindow::box_procedure(HWND window, UINT message, WPARAM word, LPARAM data) {
   auto* const self = reinterpret_cast<ConsoleWindow*>(GetWindowLongPtrA(window, GWLP_USERDATA));
-  if (message == WM_KEYDOWN && word == VK_RETURN && self->events_ != nullptr) self->events_->enter();
+  if (message == WM_KEYDOWN && word == VK_RETURN && self->events_ != nullptr) {
+    self->events_->enter();
+    // The box's own line break would come too early where the line shows a box, whose loop hands the key on.
+    SendMessageA(window, EM_REPLACESEL, FALSE, reinterpret_cast<LPARAM>("\r\n"));
+  }
+  if (message == WM_CHAR && word == VK_RETURN) return 0;
   return CallWindowProcA(self->box_before_, window, message, word, data);
 }
 
