@@ -45,7 +45,7 @@ if [ "$job_only" = no ]; then
   echo "== window"
   need x86_64-w64-mingw32-g++-posix g++-mingw-w64-x86-64-posix
   need wine wine
-  need wine64 wine64
+  need_file /usr/lib/wine/wine64 wine64
   need xvfb-run xvfb
   need xauth xauth
   mkdir -p build/windows

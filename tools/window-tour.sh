@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Goes through the example in the Windows program's window, under Wine on a display of its own, by the keyboard alone, and
-# takes its pictures: build/tour/*.png. With a folder as argument, the program is taken from there and not built.
+# Goes through the example in the Windows program's window, under Wine on a display of its own, by the keyboard alone,
+# and takes its pictures: build/tour/*.png. With a folder as argument, the program is taken from there and not built.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 . tools/need.sh
@@ -10,14 +10,14 @@ need_file /usr/lib/wine/wine64 wine64
 need Xvfb xvfb
 need xdotool xdotool
 need import imagemagick
-need_file /usr/share/wine/fonts/marlett.ttf fonts-wine # the signs on the buttons of windows
 
 programs=${1:-build/windows}
 if [ $# -eq 0 ]; then
   need cmake cmake
   need ninja ninja-build
   need x86_64-w64-mingw32-g++-posix g++-mingw-w64-x86-64-posix
-  { cmake --preset windows && cmake --build --preset windows; } >build-log.txt 2>&1 || { tail -n 60 build-log.txt; exit 1; }
+  { cmake --preset windows && cmake --build --preset windows; } >build-log.txt 2>&1 ||
+    { tail -n 60 build-log.txt; exit 1; }
   rm -f build-log.txt
 fi
 

@@ -71,7 +71,7 @@ int run_window(const char* command, const std::string& line) {
   window.listen(console);
   window.visible(true);
   console.text(std::string(kBanner));
-  console.flush();
+  shared->file_handle.flush_output();
   if (!line.empty()) console.handed_over(line);
   window.run();
   shared->file_handle.close_all();

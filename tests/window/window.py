@@ -1,6 +1,7 @@
 #!/usr/bin/env python3
-"""The Windows program's window as a person has it: under Wine, on a display and in a prefix of its own, seen and handled through
-probe.exe, judged by what its box holds, its session log and its files. Arguments: tidewright.exe, probe.exe."""
+"""The Windows program's window as a person has it: under Wine, on a display and in a prefix of its own, seen and
+handled through probe.exe, judged by what its box holds, its session log and its files. Arguments: tidewright.exe,
+probe.exe."""
 import os
 import select
 import shutil
@@ -72,8 +73,8 @@ class Desktop:
 
     def run(self, *command):
         """A program to its end; what it printed."""
-        return subprocess.run(command, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, check=True,
-                              env=self.environment, timeout=120).stdout.decode("latin-1")
+        return subprocess.run(command, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL,
+                              check=True, env=self.environment, timeout=120).stdout.decode("latin-1")
 
     def ask(self, *fields):
         line = "\t".join(escaped(str(field)) for field in fields) + "\n"
@@ -374,7 +375,7 @@ class Starts(WindowCase):
 
     def test_bad_blocks_do_no_harm(self):
         self.open()
-        for size, content in ((0, ""), (0, "// x"), (8, ""), (7, "// odd"), (65538, "// much"), (0xFFFFFFF0 & 0xFFFFE, "// more")):
+        for size, content in ((0, ""), (0, "// x"), (8, ""), (7, "// odd"), (65538, "// much"), (1 << 20, "// more")):
             with self.subTest(size=size, content=content):
                 self.assertEqual(self.ask("copy", self.frame, size, content), ["0"])
         self.assertEqual(self.ask("copy", self.frame, 14, "// good"), ["1"])
@@ -483,7 +484,8 @@ class Boxes(WindowCase):
         self.menu(MENU_DATABASE)
         self.choose_file(OPEN, self.windows_folder + "\\my base\\includes.psh")
         self.logged(" my own base")
-        self.until(lambda: "Loaded Database " + self.windows_folder + "\\my base\\includes.psh" in self.text(), "the path shown")
+        shown = "Loaded Database " + self.windows_folder + "\\my base\\includes.psh"
+        self.until(lambda: shown in self.text(), "the path shown")
 
     def test_a_cancelled_menu_does_nothing(self):
         self.open()
@@ -506,6 +508,19 @@ class Boxes(WindowCase):
         self.choose_file(OPEN, self.windows_folder + "\\one two.buf")
         self.until(lambda: os.path.exists(os.path.join(self.folder, "one two.psc")), "the script")
         self.assertIn(b"walk ", self.read("one two.psc"))
+
+    def test_an_image_to_a_script_in_notepad(self):
+        self.write("my game.bin", "0123456789ABCDEF\x05\x07")
+        self.open("#boot")
+        self.menu(MENU_SOURCE)
+        self.choose_file(OPEN, self.windows_folder + "\\my game.bin")
+        for answer in ("0x10", "3"):
+            box = self.dialog("Insufficient Data")
+            self.ask("set", [one for one in self.windows(box) if one[2] == "Edit"][0][0], answer)
+            self.press(box, IDOK)
+        self.until(lambda: os.path.exists(os.path.join(self.folder, "my game10.psc")), "the script")
+        self.assertIn(b"walk &h07", self.read("my game10.psc"))
+        self.until(lambda: [one for one in self.windows() if "my game10" in one[3] and "Notepad" in one[3]], "Notepad")
 
 
 if __name__ == "__main__":
