@@ -4,8 +4,8 @@
 
 #include "base/numbers.h"
 #include "base/text.h"
+#include "tests/buffers/buffer_test.h"
 #include "tests/outcome.h"
-#include "tests/session.h"
 
 namespace tidewright {
 namespace {
@@ -35,15 +35,8 @@ std::string head(const std::string& title = "Tidewright") {
   return text(title) + text("note");
 }
 
-class BufferFileTest : public testing::Test {
+class BufferFileTest : public BufferTest {
  protected:
-  void put(std::uint8_t buffer, const std::string& label, const std::string& bytes, const std::string& pointers = "") {
-    buffers.inbuffer(buffer);
-    buffers.inname(label);
-    buffers.inmode(3);
-    buffers.add_Data(bytes, pointers);
-  }
-
   std::string dropped() {
     session.machine.add_file("/desk/x.buf", "");
     on_file([&] { buffers.writebuffer(); });
@@ -84,9 +77,7 @@ class BufferFileTest : public testing::Test {
     return all;
   }
 
-  Session session;
   FileHandle& files = session.shared->file_handle;
-  FileBuffer& buffers = session.shared->file_buffer;
 };
 
 TEST_F(BufferFileTest, IsTheseBytes) {

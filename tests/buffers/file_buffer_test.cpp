@@ -3,23 +3,16 @@
 #include <gtest/gtest.h>
 
 #include "base/numbers.h"
+#include "tests/buffers/buffer_test.h"
 #include "tests/outcome.h"
-#include "tests/session.h"
 
 namespace tidewright {
 namespace {
 
 using namespace std::string_literals;
 
-class FileBufferTest : public testing::Test {
+class FileBufferTest : public BufferTest {
  protected:
-  void put(std::uint8_t buffer, const std::string& label, const std::string& bytes, const std::string& pointers = "") {
-    buffers.inbuffer(buffer);
-    buffers.inname(label);
-    buffers.inmode(3);
-    buffers.add_Data(bytes, pointers);
-  }
-
   /// Burns into game.bin, which holds `size` bytes "."; the file afterwards.
   std::string burned(std::size_t size = 0) {
     session.machine.add_file("/desk/game.bin", std::string(size, '.'));
@@ -50,9 +43,6 @@ class FileBufferTest : public testing::Test {
     for (const MemoryBox& box : session.machine.user().boxes) text += box.title + "/" + box.text + "~";
     return text;
   }
-
-  Session session;
-  FileBuffer& buffers = session.shared->file_buffer;
 
  private:
   std::size_t told_ = 0;
