@@ -33,6 +33,20 @@ void replace_all(std::string& text, std::string_view from, std::string_view to) 
   text = std::move(result);
 }
 
+void replace_references(std::string& text, const std::function<std::string(std::string_view digits)>& name_of) {
+  std::string replaced;
+  std::size_t done = 0;
+  for (std::size_t mark = text.find('$'); mark != std::string::npos; mark = text.find('$', mark + 1)) {
+    const std::size_t end = std::min(text.find_first_not_of("0123456789", mark + 1), text.size());
+    if (end == mark + 1) continue;
+    const std::string name = name_of(std::string_view(text).substr(mark + 1, end - mark - 1));
+    if (name.empty()) continue;
+    replaced.append(text, done, mark - done).append(name);
+    done = end;
+  }
+  text = replaced.append(text, done);
+}
+
 int hex_digit(char c) {
   if (c >= '0' && c <= '9') return c - '0';
   c = lower(c);

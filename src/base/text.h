@@ -4,6 +4,7 @@
 
 #include <array>
 #include <cstdint>
+#include <functional>
 #include <initializer_list>
 #include <string>
 #include <string_view>
@@ -28,6 +29,10 @@ bool same_text(std::string_view a, std::string_view b);
 
 /// Replaces every `from` in `text`, left to right, never looking again at what was put in.
 void replace_all(std::string& text, std::string_view from, std::string_view to);
+
+/// Replaces each reference, "$" and all decimal digits behind it, by what `name_of` gives for the digits; where that is
+/// empty it stays. One pass, which never looks at what was put in.
+void replace_references(std::string& text, const std::function<std::string(std::string_view digits)>& name_of);
 
 /// The value of a hexadecimal digit, -1 for any other character.
 int hex_digit(char c);

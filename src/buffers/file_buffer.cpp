@@ -201,17 +201,10 @@ void FileBuffer::PointerPeek(std::string& text, std::string_view list) const {
     if (pointer != nullptr && !pointer->name.empty()) names.emplace(number, &pointer->name);
     walk.next(kind);
   }
-  // One pass, which never looks at a name that was put in.
-  std::string named;
-  std::size_t done = 0;
-  for (std::size_t mark = text.find('$'); mark != std::string::npos; mark = text.find('$', mark + 1)) {
-    const std::size_t end = std::min(text.find_first_not_of("0123456789", mark + 1), text.size());
-    const auto found = names.find(text.substr(mark + 1, end - mark - 1));
-    if (found == names.end()) continue;
-    named.append(text, done, mark - done).append(*found->second);
-    done = end;
-  }
-  text = named.append(text, done);
+  replace_references(text, [&](std::string_view digits) {
+    const auto found = names.find(std::string(digits));
+    return found == names.end() ? std::string() : *found->second;
+  });
 }
 
 void FileBuffer::pointerpoke(std::string_view list) {

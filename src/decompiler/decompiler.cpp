@@ -18,18 +18,12 @@ constexpr std::string_view kRecordWarning = "RECORDS NOT IMPLIMENTED. Assumed RA
 
 // Replaces each reference to a pointer that has no name ("$n", n its 1-based place in the chunk) by its number.
 void write_numbers(std::string& text, std::string_view chunk, std::span<const NamedPointer> pointers) {
-  std::string written;
-  std::size_t done = 0;
-  for (std::size_t mark = text.find('$'); mark != std::string::npos; mark = text.find('$', mark + 1)) {
-    const std::size_t end = std::min(text.find_first_not_of("0123456789", mark + 1), text.size());
-    const std::string_view reference = std::string_view(text).substr(mark, end - mark);
-    if (reference.size() < 2 || !referred_name(reference, pointers).empty()) continue;
-    const auto place = static_cast<std::size_t>(Val(reference.substr(1))) - 1;
-    written.append(text, done, mark - done);
-    written += "&h" + hex(SmartNum::pointer_value(chunk.substr(place, kPointerPlaceholder.size())));
-    done = end;
-  }
-  text = written.append(text, done);
+  replace_references(text, [&](std::string_view digits) -> std::string {
+    if (!referred_name(cat({"$", digits}), pointers).empty()) return "";
+    const auto place = static_cast<std::size_t>(Val(digits)) - 1;
+    if (place >= chunk.size()) return "";
+    return "&h" + hex(SmartNum::pointer_value(chunk.substr(place, kPointerPlaceholder.size())));
+  });
 }
 
 // Each command on a line of its own.
