@@ -410,7 +410,7 @@ class Runs(WindowCase):
         self.assertEqual(order, sorted(order))
 
     def test_closing_ends_a_run(self):
-        self.write_long(1500000)
+        self.write_long(8000000)  # many times longer than it takes to see and close it
         self.open("#include long.psc")
         self.until(lambda: "walk" in self.text(), "progress shown")
         self.ask("post", self.frame, WM_CLOSE, 0, 0)
