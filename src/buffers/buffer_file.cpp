@@ -132,7 +132,7 @@ void BufferFields::fail(ErrorNumber number, std::string_view why) const {
   std::string text = cat({"the ", field_});
   if (!owner_.kind.empty()) text += cat({" of ", owner_.kind, " ", owner_.number});
   if (!owner_.group_kind.empty()) text += cat({" of ", owner_.group_kind, " ", owner_.group});
-  text += cat({", at byte ", start_, " of ", files_.data_name()});
+  text += cat({", at byte ", start_, " of ", files_.data_file().name()});
   if (!why.empty()) text += cat({": ", why});
   raise(number, text);
 }

@@ -1,4 +1,5 @@
-// FileBuffer's burning: labels get file positions, pointers their targets, and the chunks go into the target file.
+// FileBuffer's burning: labels get file positions, pointers their targets, and the chunks are planned that go into the
+// target file.
 #include <algorithm>
 #include <limits>
 #include <optional>
@@ -6,12 +7,11 @@
 #include "base/errors.h"
 #include "base/numbers.h"
 #include "base/text.h"
+#include "buffers/burn_journal.h"
 #include "buffers/file_buffer.h"
 
 namespace tidewright {
 namespace {
-
-constexpr std::size_t kLongestPut = FileHandle::kLongestPut;
 
 bool holds_number(std::string_view name) {
   return number_prefix(SmartNum::position_text(name)).length > 0;
@@ -26,11 +26,23 @@ std::optional<std::int32_t> moved(std::optional<std::int32_t> position, std::int
 
 }  // namespace
 
-void FileBuffer::burnbuffer() {
+void FileBuffer::burnbuffer(bool journal) {
   place_waiting_label();
   place_labels();
   for (std::size_t index = 1; index <= pointers_.count(); ++index) pointerpop(index);
-  write_chunks();
+  const std::string fill = filler();
+  const std::vector<BurnChunk> chunks = planned(fill);
+  tell_overlaps(chunks);
+  try {
+    BurnJournal image(*files_);
+    if (agreed(chunks)) {
+      image.burn(chunks, journal);
+    } else {
+      files_->echo_fault(" - Nothing is burned");
+    }
+  } catch (const RuntimeError& error) {
+    files_->echo_fault(cat({" - Nothing is burned: ", error.description}));
+  }
   point_ = {};  // what was looked at last is no label of what comes next
 }
 
@@ -122,62 +134,75 @@ void FileBuffer::patch(const fOffsett& pointer) {
   content->replace(start, kPointerPlaceholder.size(), SmartNum::pointer_bytes(target));
 }
 
-void FileBuffer::write_chunks() {
-  const std::int64_t length_before = files_->length();
+// The chunks to be written, in order, each with its echo line. Where the fill is set, its bytes, in `filler`, stand for the data.
+std::vector<BurnChunk> FileBuffer::planned(std::string_view filler) {
+  std::vector<BurnChunk> chunks;
   for (int b = 0; b < kLabelSets; ++b) {
     tell_unwritten(b);
     const Collection<fOffsett>& labels = labels_[static_cast<std::size_t>(b)];
     for (std::size_t j = 1; j <= labels.count(); ++j) {
+      // A label without a position was skipped, and told, when positions were given.
+      if (pushed_.find(labels.at(j).name) == nullptr) continue;
       try {
-        write_chunk(j, b);
+        chunks.push_back(planned_chunk(j, b, filler));
       } catch (const RuntimeError& error) {
-        tell_lost(error.description);
         tell_failure("label", labels.at(j), error.description);
       }
     }
   }
-  flush_chunks();
+  return chunks;
+}
+
+BurnChunk FileBuffer::planned_chunk(std::size_t position, int set, std::string_view filler) {
+  const std::string_view data = Get_Data(position, set);
+  const std::string_view label = labels_[set_index(set)].at(position).name;
+  const BurnChunk chunk{label, *pushed_.find(label), fill_ >= 0 ? filler.substr(0, data.size()) : data};
+  if (chunk.position < 0) {
+    files_->SeekData(chunk.position);  // says that it moves nothing
+    raise(ErrorNumber::invalid_call, "its position lies before the file");
+  }
+  if (chunk.end() > std::numeric_limits<std::int32_t>::max()) {
+    raise(ErrorNumber::overflow, "it would end beyond file position 2147483647");
+  }
+  files_->echo({" - Putting [", chunk.bytes, "] at ", hex(chunk.position)});
+  return chunk;
+}
+
+// As many bytes of the fill setting as the longest chunk can want.
+std::string FileBuffer::filler() const {
+  if (fill_ < 0) return {};
+  std::size_t longest = 0;
+  for (int b = 0; b < kLabelSets; ++b) longest = std::max(longest, bytes(b).size());
+  return std::string(longest, static_cast<char>(fill_));
+}
+
+// Names each chunk that begins inside one that begins before it, and that one.
+void FileBuffer::tell_overlaps(const std::vector<BurnChunk>& chunks) {
+  std::vector<const BurnChunk*> by_place;
+  for (const BurnChunk& chunk : chunks) {
+    if (!chunk.bytes.empty()) by_place.push_back(&chunk);
+  }
+  std::stable_sort(by_place.begin(), by_place.end(),
+                   [](const BurnChunk* a, const BurnChunk* b) { return a->position < b->position; });
+  const BurnChunk* reaching = nullptr;  // the one that ends last of those before
+  for (const BurnChunk* chunk : by_place) {
+    if (reaching != nullptr && chunk->position < reaching->end()) {
+      const BurnChunk* const later = std::max(chunk, reaching);  // both stand in the order of writing
+      files_->echo({" - Chunks overlap: ", reaching->label, " from ", hex(reaching->position), " and ", chunk->label,
+                    " from ", hex(chunk->position), "; ", later->label, " is written last"});
+    }
+    if (reaching == nullptr || chunk->end() > reaching->end()) reaching = chunk;
+  }
+}
+
+// Whether the file may grow as far as the chunks reach. A far position is more often a slip than meant.
+bool FileBuffer::agreed(const std::vector<BurnChunk>& chunks) {
+  constexpr std::int64_t kUnasked = 1 << 20;
+  std::int64_t end = 0;
+  for (const BurnChunk& chunk : chunks) end = std::max(end, chunk.end());
   const std::int64_t length = files_->length();
-  if (length > length_before) files_->echo({" - The file has grown from ", length_before, " to ", length, " bytes"});
-}
-
-// Gives the chunks that stand in the file's write buffer to the platform.
-void FileBuffer::flush_chunks() {
-  try {
-    if (files_->unflushed() > 0) files_->flush_data();
-  } catch (const RuntimeError& error) {
-    tell_lost(error.description);
-  }
-  in_flight_.clear();
-}
-
-// Tells of the chunks that stood in the file's write buffer and did not arrive when it was given to the platform.
-void FileBuffer::tell_lost(std::string_view why) {
-  if (in_flight_.empty() || files_->unflushed() > 0) return;
-  const std::int64_t reached = files_->position();
-  for (const Chunk& chunk : in_flight_) {
-    if (chunk.end > reached) tell_failure("label", *chunk.label, why);
-  }
-  in_flight_.clear();
-}
-
-void FileBuffer::write_chunk(std::size_t position, int set) {
-  std::string_view data = Get_Data(position, set);
-  // A label without a position was skipped, and told, when positions were given.
-  const std::int32_t* const given = pushed_.find(point_.name);
-  if (given == nullptr) return;
-  const std::int32_t place = *given;
-  // What waits is written now where this chunk does not follow it: its failure is not this one's.
-  if (files_->unflushed() >= kLongestPut || (files_->unflushed() > 0 && files_->position() != place)) flush_chunks();
-  files_->SeekData(place);
-  if (place < 0) raise(ErrorNumber::invalid_call, "its position lies before the file");
-  std::string filler;
-  if (fill_ >= 0) data = filler.assign(data.size(), static_cast<char>(fill_));
-  files_->echo({" - Putting [", data, "] at ", hex(place)});
-  for (std::size_t start = 0; start < data.size(); start += kLongestPut) {
-    files_->putblock(data.substr(start, kLongestPut));
-  }
-  in_flight_.push_back({&labels_[set_index(set)].at(position), place + static_cast<std::int64_t>(data.size())});
+  if (end - length <= kUnasked) return true;
+  return files_->yes_no_box(cat({"The file would grow from ", length, " to ", end, " bytes. Burn?"}), "Burn");
 }
 
 void FileBuffer::tell_unwritten(int buffer) {

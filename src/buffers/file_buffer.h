@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "base/collection.h"
+#include "buffers/burn_record.h"
 #include "buffers/foffsett.h"
 #include "files/file_handle.h"
 #include "script/smart_num.h"
@@ -117,8 +118,10 @@ class FileBuffer {
   void pointerpoke(std::string_view list);
 
   /// Gives every label a file position, patches every pointer and writes every labelled chunk into the current file. A
-  /// step that fails is skipped and told; nothing is raised. The buffers stay, so a burn can be repeated.
-  void burnbuffer();
+  /// label or pointer that fails is skipped and told; nothing is raised. The chunks are written whole or not at all,
+  /// with a journal of the burn beside the file while `journal` is set: see BurnJournal. The buffers stay, so a burn
+  /// can be repeated.
+  void burnbuffer(bool journal = true);
 
   /// Patches the pointer at 1-based `index` of the pointer set in its buffer; the user is asked for a target that
   /// nothing gives. Failures are told.
@@ -142,12 +145,6 @@ class FileBuffer {
   static std::size_t slot_index(int index);
   static std::size_t set_index(int index);
   static std::string pointer_key(std::int32_t combined);
-  /// A chunk of a burn: its label, and where it ends in the file.
-  struct Chunk {
-    const fOffsett* label;
-    std::int64_t end;
-  };
-
   struct Registration {
     std::string key;
     fOffsett pointer;
@@ -169,10 +166,11 @@ class FileBuffer {
   std::int32_t named_position(std::string_view name, std::string_view text) const;
   std::int32_t target_of(const std::string& name);
   void patch(const fOffsett& pointer);
-  void write_chunks();
-  void write_chunk(std::size_t position, int set);
-  void flush_chunks();
-  void tell_lost(std::string_view why);
+  std::vector<BurnChunk> planned(std::string_view filler);
+  BurnChunk planned_chunk(std::size_t position, int set, std::string_view filler);
+  std::string filler() const;
+  bool agreed(const std::vector<BurnChunk>& chunks);
+  void tell_overlaps(const std::vector<BurnChunk>& chunks);
   void tell_unwritten(int buffer);
   void tell_failure(std::string_view what, const fOffsett& point, std::string_view why);
 
@@ -183,7 +181,6 @@ class FileBuffer {
   std::array<Collection<fOffsett>, kLabelSets> labels_;
   Collection<fOffsett> pointers_;
   Collection<std::int32_t> pushed_;
-  std::vector<Chunk> in_flight_;  // chunks whose bytes stand in the file's write buffer
   fOffsett point_;
   std::uint8_t previous_buffer_ = 0;
   std::int16_t fill_ = -1;  // 0 to 255 burns that byte in place of the data

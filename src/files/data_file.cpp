@@ -112,6 +112,12 @@ std::int64_t DataFile::length() {
   return file_->length();
 }
 
+void DataFile::cut(std::int64_t length) {
+  if (this->length() <= length) return;
+  drop_read_buffer();
+  file_->cut(length);
+}
+
 bool DataFile::at_end() {
   return readable_ ? peek() < 0 : true;
 }
@@ -131,6 +137,11 @@ void DataFile::flush() {
   lost_bytes_ = lost_before;
   bytes.clear();
   bytes.swap(write_buffer_);  // keeps its memory for the next run
+}
+
+void DataFile::sync() {
+  flush();
+  file_->sync();
 }
 
 void DataFile::close() {

@@ -54,11 +54,16 @@ class DataFile {
   void seek(std::int64_t position);
   std::int64_t position() const { return write_buffer_.empty() ? read_position() : write_position(); }
   std::int64_t length();
+  /// Makes the file end at `length`, where it is longer.
+  void cut(std::int64_t length);
   bool at_end();
 
-  /// Bytes written that the platform has not been given yet.
-  std::size_t unflushed() const { return write_buffer_.size(); }
+  /// Gives the bytes written to the platform.
   void flush();
+  /// Waits until everything written is on the disk.
+  void sync();
+  /// Takes the file for this program, as File::lock() does.
+  bool lock() { return file_->lock(); }
   void close();
 
  private:

@@ -279,19 +279,19 @@ std::string FileHandle::location() const {
   return text;
 }
 
-DataFile& FileHandle::current() {
+DataFile& FileHandle::data_file() {
   std::optional<DataFile>& file = files_[static_cast<std::size_t>(level_)];
   if (level_ <= kLogFile || !file) raise(ErrorNumber::bad_file_number, "no data file is open");
   return *file;
 }
 
 void FileHandle::getline(std::string& line) {
-  current().read_line(line);
+  data_file().read_line(line);
   lineno(checked_add(lineno(), 1));
 }
 
 FieldValue FileHandle::getdata(std::string_view type) {
-  DataFile& file = current();
+  DataFile& file = data_file();
   FieldValue value;
   switch (field_of(type)) {
     case Field::none:
@@ -325,11 +325,11 @@ FieldValue FileHandle::getdata(std::string_view type) {
 
 void FileHandle::putblock(std::string_view bytes) {
   if (bytes.size() > kLongestPut) raise(ErrorNumber::overflow, cat({"a block of ", bytes.size(), " bytes"}));
-  current().write(bytes);
+  data_file().write(bytes);
 }
 
 void FileHandle::putdata(std::string_view type, const FieldValue& value) {
-  DataFile& file = current();
+  DataFile& file = data_file();
   switch (field_of(type)) {
     case Field::none:
     case Field::value:
@@ -367,17 +367,17 @@ void FileHandle::SeekData(std::int32_t offset) {
     return;
   }
   if (offset == INT32_MAX) raise(ErrorNumber::overflow, "the file position 2147483647");
-  current().seek(offset);
+  data_file().seek(offset);
 }
 
 std::int32_t FileHandle::fPos() {
-  return to_long(static_cast<double>(current().position()));
+  return to_long(static_cast<double>(data_file().position()));
 }
 std::int32_t FileHandle::fLen() {
-  return to_long(static_cast<double>(current().length()));
+  return to_long(static_cast<double>(data_file().length()));
 }
 bool FileHandle::ENDOF() {
-  return current().at_end();
+  return data_file().at_end();
 }
 
 }  // namespace tidewright

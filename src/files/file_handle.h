@@ -120,7 +120,7 @@ class FileHandle {
   void putdata(std::string_view type, const FieldValue& value);
 
   /// Reads `size` bytes as "block" does, zeros beyond the end, and does not count in lineno.
-  std::string getblock(std::size_t size) { return current().read(size); }
+  std::string getblock(std::size_t size) { return data_file().read(size); }
 
   /// putdata("block", bytes).
   void putblock(std::string_view bytes);
@@ -129,20 +129,14 @@ class FileHandle {
   void SeekData(std::int32_t offset);
   std::int32_t fPos();
   /// The same beyond the 32-bit range.
-  std::int64_t position() { return current().position(); }
+  std::int64_t position() { return data_file().position(); }
   /// The file's length beyond that range, 0 while only the log is open.
-  std::int64_t length() { return level_ > kLogFile ? current().length() : 0; }
+  std::int64_t length() { return level_ > kLogFile ? data_file().length() : 0; }
   std::int32_t fLen();
   bool ENDOF();
 
-  /// The current file's name, as the platform knows it.
-  const std::string& data_name() { return current().name(); }
-  /// Whether the current file may be written.
-  bool can_write() { return current().writable(); }
-  /// Bytes written to the current file that the platform has not been given yet; 0 while only the log is open.
-  std::size_t unflushed() { return level_ > kLogFile ? current().unflushed() : 0; }
-  /// Gives them to the platform. Raises what writing raises; they are lost then.
-  void flush_data() { current().flush(); }
+  /// The current file itself. Raises BadFileNumber while only the log is open.
+  DataFile& data_file();
 
   // ---- paths.cpp: names and the current file ----
 
@@ -171,7 +165,6 @@ class FileHandle {
   std::string Dos(std::string_view command, std::string& argument);
 
  private:
-  DataFile& current();
   bool exist(std::string& name, bool writing, bool confirm);
   bool look_up(std::string& name);
   void open_current(const std::string& name, const std::string& mode, bool replacing);

@@ -33,8 +33,13 @@ class File {
   virtual std::size_t write(std::string_view data) = 0;
   virtual void seek(std::int64_t position) = 0;
   virtual std::int64_t length() = 0;
-  /// Hands everything written so far to the platform's storage.
-  virtual void flush() = 0;
+  /// Makes the file end at `length`, which must not lie beyond its end. The position may stand anywhere then.
+  virtual void cut(std::int64_t length) = 0;
+  /// Waits until all that was written, and the file's length, is on the disk and would survive a loss of power.
+  virtual void sync() = 0;
+  /// Takes the file for this program until it is closed; false when another program has taken it. Who does not ask can
+  /// read and write the file all the same. True also where the platform cannot tell.
+  virtual bool lock() = 0;
   /// Closes the file and raises what went wrong with it. Any later call is a fault of the caller.
   virtual void close() = 0;
 };
@@ -86,6 +91,8 @@ class Files {
   /// Gives the file `from` the name `to`, in one step: whoever looks finds what bore that name before, or the new file.
   /// Errors name `to`.
   virtual void replace_file(const std::string& from, const std::string& to) = 0;
+  /// Waits until the names of the files in the folder of `path` are on the disk, as far as the platform can.
+  virtual void sync_names(const std::string& path) = 0;
 
   /// The one whole form of the path of an existing file or folder, without ".", ".." and links; `path` itself when it
   /// names nothing. Two paths of one file have the same.

@@ -151,6 +151,11 @@ class Control {
   void write_script(const std::string& path);
   void echo_script();
   void kapop(Directive&, std::string_view);
+  void unburn(Directive&, std::string_view);
+  void burns(Directive&, std::string_view);
+  void journal(Directive&, std::string_view);
+  bool open_image(Directive&, std::string_view failure);
+  bool open_for_burn(Directive&, std::string_view failure, bool& recovered);
   void kapush(Directive&, std::string_view);
 
   Shared& shared_;
@@ -159,6 +164,7 @@ class Control {
   bool block_comment_ = false;
   bool autopop_ = false;
   bool lock_ = false;
+  bool journal_ = true;
   std::string pending_text_;
   std::string script_written_;
   std::string definition_;  // "addcmmd" or "alias" while one is being collected

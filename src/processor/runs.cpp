@@ -2,6 +2,7 @@
 #include "base/errors.h"
 #include "base/numbers.h"
 #include "base/text.h"
+#include "buffers/burn_journal.h"
 #include "processor/shared.h"
 
 namespace tidewright {
@@ -18,17 +19,52 @@ void Control::endfile(Directive& /*directive*/, std::string_view /*detail*/) {
   shared_.file_handle.closefile();
 }
 
-void Control::kapop(Directive& directive, std::string_view /*detail*/) {
+// Opens the image that a directive names, or else the file that #file set. Where a name that was given is dropped, no
+// other is taken in its place. False, and told, when nothing is opened.
+bool Control::open_image(Directive& directive, std::string_view failure) {
   FileHandle& files = shared_.file_handle;
-  // Where a name that was given is dropped, no other may be burned in its place.
-  if (directive.name_dropped) return files.echo_fault(" - Nothing is burned");
   std::string name = directive.argument(1);
   if (name.empty()) name = files.filename("fullpath");
   std::string mode = "read";
-  if (files.OpenFile(name, mode).empty()) return files.echo_fault(" - Nothing is burned");
-  if (!files.can_write()) raise(ErrorNumber::permission_denied, cat({name, " cannot be written"}));
-  shared_.file_buffer.burnbuffer();
-  files.closefile();
+  if (!directive.name_dropped && !files.OpenFile(name, mode).empty()) return true;
+  files.echo_fault(failure);
+  return false;
+}
+
+// Opens an image to be changed, as the above, and makes it whole where a burn was cut short.
+bool Control::open_for_burn(Directive& directive, std::string_view failure, bool& recovered) {
+  if (!open_image(directive, failure)) return false;
+  FileHandle& files = shared_.file_handle;
+  const DataFile& image = files.data_file();
+  if (!image.writable()) raise(ErrorNumber::permission_denied, cat({image.name(), " cannot be written"}));
+  recovered = BurnJournal(files).recover();
+  return true;
+}
+
+void Control::kapop(Directive& directive, std::string_view /*detail*/) {
+  bool recovered = false;
+  if (!open_for_burn(directive, " - Nothing is burned", recovered)) return;
+  shared_.file_buffer.burnbuffer(journal_);
+  shared_.file_handle.closefile();
+}
+
+// A burn that was cut short was the last one.
+void Control::unburn(Directive& directive, std::string_view /*detail*/) {
+  bool recovered = false;
+  if (!open_for_burn(directive, " - Nothing is taken back", recovered)) return;
+  if (!recovered) BurnJournal(shared_.file_handle).unburn();
+  shared_.file_handle.closefile();
+}
+
+void Control::burns(Directive& directive, std::string_view /*detail*/) {
+  if (!open_image(directive, " - There is no image to look at")) return;
+  BurnJournal(shared_.file_handle).tell();
+  shared_.file_handle.closefile();
+}
+
+void Control::journal(Directive& directive, std::string_view /*detail*/) {
+  journal_ = !directive.says("off");
+  echo_setting("Journal", journal_);
 }
 
 void Control::kapush(Directive& directive, std::string_view /*detail*/) {

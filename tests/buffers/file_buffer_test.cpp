@@ -227,41 +227,35 @@ TEST_F(FileBufferTest, TellsWhatMovesOrIsNotWritten) {
   EXPECT_TRUE(session.shared->file_handle.troubled());
 }
 
-TEST_F(FileBufferTest, TellsEachStepThatFails) {
-  struct Case {
-    std::string what;
-    std::function<void()> fault;
-    std::string image, skipped;
-  };
-  MemoryMachine& machine = session.machine;
-  put(0, "a", "1234");
-  put(0, "b", "5678");
-  put(0, "c.&h10", "9abc");
-  put(1, "d.&h20", "defg");
-  const std::string whole = "12345678........9abc............defg";
-  for (const Case& c : std::initializer_list<Case>{
-           {"none", [] {}, whole, ""},
-           {"short writes", [&] { machine.short_writes(1); }, whole, ""},
-           {"full at d", [&] { machine.disk_full_after(14); }, whole.substr(0, 32) + "de..", "d"},
-           {"full at c", [&] { machine.disk_full_after(8); }, "12345678" + std::string(28, '.'), "cd"},
-           {"full at b", [&] { machine.disk_full_after(4); }, "1234" + std::string(32, '.'), "bcd"},
-           {"read-only", [&] { machine.set_attributes("/desk/game.bin", kReadOnly); }, std::string(36, '.'), "abcd"}}) {
-    SCOPED_TRACE(c.what);
-    machine.add_file("/desk/game.bin", std::string(36, '.'));
-    told();
-    c.fault();
-    EXPECT_EQ(error_of([&] { burned_again(); }), 0);
-    machine.disk_full_after({});
-    machine.short_writes({});
-    EXPECT_EQ(machine.bytes("/desk/game.bin"), c.image);
-    const std::string lines = told("Skipped label ");
-    std::string labels;
-    for (std::size_t at = 0; (at = lines.find("Skipped label ", at)) != std::string::npos; ++at)
-      labels += lines[at + 14];
-    EXPECT_EQ(labels, c.skipped) << lines;
-  }
+TEST_F(FileBufferTest, ChecksItsPlanBeforeItWrites) {
+  const std::string dots(8, '.');
+  put(0, "a.&h10", "12345678");
+  put(1, "b.&h14", "xy");
+  put(2, "c.&h7FFFFFFE", "cut");
+  put(3, "d.&h15", "z");
+  EXPECT_EQ(burned(8), dots + std::string(8, '\0') + "1234xz78");
+  const std::string all = told();
+  EXPECT_NE(all.find("Skipped label c.&h7FFFFFFE"), std::string::npos) << "it ends beyond the 32-bit range";
+  EXPECT_NE(all.find(" - Chunks overlap: a.&h10 from 10 and b.&h14 from 14; b.&h14 is written last"),
+            std::string::npos);
+  EXPECT_NE(all.find(" - Chunks overlap: a.&h10 from 10 and d.&h15 from 15; d.&h15 is written last"),
+            std::string::npos);
+  EXPECT_NE(all.find(" - The file has grown from 8 to 24 bytes"), std::string::npos);
+
+  buffers.pushoffsett("d.&h15", 8 + (1 << 20) - 1);
+  EXPECT_EQ(burned(8).size(), 8U + (1 << 20)) << "a MiB more is not asked about";
+  buffers.pushoffsett("d.&h15", 8 + (1 << 20));
+  session.machine.user().yes_no_answers = {false, true};
+  EXPECT_EQ(burned(8), dots);
+  EXPECT_NE(told("Nothing is burned"), "");
+  EXPECT_EQ(burned(8).size(), 9U + (1 << 20));
+  EXPECT_EQ(session.machine.user().boxes.back().text, "The file would grow from 8 to 1048585 bytes. Burn?");
+
+  told();
+  session.machine.set_attributes("/desk/game.bin", kReadOnly);
+  EXPECT_EQ(error_of([&] { burned_again(); }), 0);
   buffers.burnbuffer();
-  EXPECT_NE(told("Skipped").find("- Skipped label d.&h20 of buffer 1"), std::string::npos) << "no file is open";
+  EXPECT_NE(told("Nothing is burned").find("no data file is open"), std::string::npos);
 }
 
 }  // namespace

@@ -310,7 +310,7 @@ TEST_P(FileHandleTest, OutputIsWholeOrAbsent) {
       user.yes_no_answers = {true};
       const std::string name = own("out/a.buf");
       EXPECT_EQ(open(name, "write", true), name);
-      EXPECT_EQ(files.data_name(), name);
+      EXPECT_EQ(files.data_file().name(), name);
       EXPECT_EQ(error_of([&] { open(own("/desk/out/a.buf"), replaces ? "read" : "write"); }), 55);
       EXPECT_EQ(machine.exists(own("/desk/out/a.buf")), replaces);
       std::string told;

@@ -17,6 +17,25 @@ constexpr std::size_t kShortExtension = 3;
 /// What of a long name stands before the "~" of its short form, as long as the counter has one digit.
 constexpr std::size_t kShortStem = kShortBase - 2;
 
+}  // namespace
+
+bool MemoryFaults::happens(const std::string& path) {
+  if (!broken) {
+    if (!steps) return true;
+    if (*steps > 0) {
+      --*steps;
+      return true;
+    }
+    broken = true;
+    if (then == Breakdown::stops) throw MachineStopped{};
+  } else if (then != Breakdown::lasts) {
+    return then == Breakdown::passes;
+  }
+  raise(ErrorNumber::device_io, path);
+}
+
+namespace {
+
 class MemoryFile final : public File {
  public:
   MemoryFile(std::string path, std::string key, std::shared_ptr<MemoryNode> node, bool writable, MemoryFaults& faults)
@@ -36,6 +55,7 @@ class MemoryFile final : public File {
     if (!writable_) raise(ErrorNumber::device_io, path_);
     if (data.empty()) return 0;
     data = data.substr(0, faults_.most_per_write.value_or(data.size()));
+    if (!faults_.happens(path_)) return data.size();
     if (faults_.room) {
       if (*faults_.room == 0) raise(ErrorNumber::disk_full, path_);
       data = data.substr(0, *faults_.room);
@@ -55,7 +75,16 @@ class MemoryFile final : public File {
   }
 
   std::int64_t length() override { return static_cast<std::int64_t>(open_node().bytes.size()); }
-  void flush() override { open_node(); }
+  void cut(std::int64_t length) override {
+    std::string& bytes = open_node().bytes;
+    if (!writable_ || length < 0 || length > this->length()) raise(ErrorNumber::device_io, path_);
+    if (faults_.happens(path_)) bytes.resize(static_cast<std::size_t>(length));
+  }
+  void sync() override {
+    open_node();
+    faults_.happens(path_);
+  }
+  bool lock() override { return !faults_.locked.contains(key_); }
   void close() override { node_.reset(); }
 
  private:
@@ -294,11 +323,12 @@ std::unique_ptr<File> MemoryFiles::open(const std::string& path, Access access, 
     const bool can_be_made = writing && is_folder(parent(place.whole)) && at(place.whole) == nullptr;
     if (!can_be_made) raise_missing(place, called, ErrorNumber::file_not_found);
     if (place.folder_wanted) raise(ErrorNumber::path_access, called);
+    if (!faults_.happens(called)) raise(ErrorNumber::device_io, called);
     node = &insert(place.whole, kNormal);
   }
   if ((node->attributes & kDirectory) != 0) raise(ErrorNumber::path_access, called);
   if (writing && (node->attributes & kReadOnly) != 0) raise(ErrorNumber::permission_denied, called);
-  if (access == Access::create) node->bytes.clear();
+  if (access == Access::create && !node->bytes.empty() && faults_.happens(called)) node->bytes.clear();
   const std::string place_key = key(place.whole);
   return std::make_unique<MemoryFile>(called, place_key, nodes_.at(place_key), writing, faults_);
 }
@@ -377,7 +407,8 @@ std::string MemoryFiles::removable(const Place& place, const std::string& path) 
 void MemoryFiles::remove_file(const std::string& path) {
   const Place place = locate(path);
   refuse_denied(place, path);
-  nodes_.erase(removable(place, path));
+  const std::string place_key = removable(place, path);
+  if (faults_.happens(path)) nodes_.erase(place_key);
 }
 
 void MemoryFiles::replace_file(const std::string& from, const std::string& to) {
@@ -388,7 +419,7 @@ void MemoryFiles::replace_file(const std::string& from, const std::string& to) {
   const std::string old_key = removable(source, to);
   if (!is_folder(parent(target.whole))) raise_missing(target, to, ErrorNumber::file_not_found);
   if (target.folder_wanted) raise(ErrorNumber::path_not_found, to);
-  if (key(target.whole) == old_key) return;
+  if (key(target.whole) == old_key || !faults_.happens(to)) return;
   if (at(target.whole) != nullptr) nodes_.erase(removable(target, to));
   const std::shared_ptr<MemoryNode> node = nodes_.extract(old_key).mapped();
   node->name = last_part(target.whole);

@@ -29,6 +29,13 @@ struct MemoryNode {
   std::string bytes;
 };
 
+/// What happens at the change that no longer succeeds: it alone fails, it and all behind it fail (device_io), or the
+/// machine stops: MachineStopped is thrown, and no file changes any more.
+enum class Breakdown { passes, lasts, stops };
+
+/// No error that the program knows: as if it had been killed there.
+struct MachineStopped {};
+
 /// What is made to fail. Paths are keys of the tree; a denied folder denies all that is in it.
 struct MemoryFaults {
   std::optional<std::size_t> room;            // bytes that can still be written
@@ -36,6 +43,14 @@ struct MemoryFaults {
   std::set<std::string> denied;
   std::set<std::string> write_denied;
   std::set<std::string> unreadable;
+  std::set<std::string> locked;
+  std::optional<std::size_t> steps;  // changes of files that still succeed
+  Breakdown then = Breakdown::lasts;
+  bool broken = false;  // the first that did not
+
+  /// Asked before each change (writing, cutting, making, replacing, removing a file, waiting for the disk). False
+  /// when it must not take place. Raises the fault that is due.
+  bool happens(const std::string& path);
 };
 
 /// The file system. The files it opens must not outlive it.
@@ -60,6 +75,7 @@ class MemoryFiles final : public Files {
   void remove_file(const std::string& path) override;
   /// The same holds for both files that are replaced.
   void replace_file(const std::string& from, const std::string& to) override;
+  void sync_names(const std::string& path) override { faults_.happens(path); }
   std::string whole_path(const std::string& path) override;
   /// The path in the shape that was given, each of its names in short form.
   std::string short_name(const std::string& path) override;
@@ -240,6 +256,16 @@ class MemoryMachine {
   void deny(const std::string& path, bool on = true) { turn(files_.faults().denied, path, on); }
   /// Opening `path`, or anything in it, for create or update raises permission_denied.
   void deny_writing(const std::string& path, bool on = true) { turn(files_.faults().write_denied, path, on); }
+  /// `count` more changes of files succeed; see Breakdown for what comes then. nullopt: all succeed again.
+  void break_after(std::optional<std::size_t> count, Breakdown then = Breakdown::lasts) {
+    files_.faults().steps = count;
+    files_.faults().then = then;
+    files_.faults().broken = false;
+  }
+  /// Whether a change failed so, since then.
+  bool broke() { return files_.faults().broken; }
+  /// Whether another program has taken this file.
+  void lock(const std::string& path, bool on = true) { turn(files_.faults().locked, path, on); }
   /// Reading from this file raises device_io, also when it is open already.
   void fail_reads(const std::string& path, bool on = true) { turn(files_.faults().unreadable, path, on); }
 

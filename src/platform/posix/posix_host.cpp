@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <dirent.h>
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <system_error>
@@ -88,9 +89,17 @@ class PosixFile final : public File {
     return status.st_size;
   }
 
-  // Every write has already been handed to the system; there is no buffer here to empty. The disk itself is not waited
-  // for: what must survive is a fault of the program, not of the power.
-  void flush() override {}
+  void cut(std::int64_t length) override {
+    if (::ftruncate(descriptor_, length) != 0) raise_errno(errno, path_);
+  }
+
+  void sync() override {
+    // EINVAL: a device that has no disk behind it.
+    if (::fsync(descriptor_) != 0 && errno != EINVAL && errno != EROFS) raise_errno(errno, path_);
+  }
+
+  // Every other failure means that files of this kind, or on this file system, cannot be locked.
+  bool lock() override { return ::flock(descriptor_, LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK; }
 
   void close() override {
     if (descriptor_ < 0) return;
@@ -270,6 +279,16 @@ void PosixFiles::replace_file(const std::string& from, const std::string& to) {
     raise(ErrorNumber::path_access, to);
   }
   if (::rename(native(from), native(to)) != 0) raise_errno(errno, to);
+}
+
+void PosixFiles::sync_names(const std::string& path) {
+  const std::size_t cut = path.rfind('/');
+  const std::string folder = cut == std::string::npos ? "." : path.substr(0, cut + 1);
+  const int descriptor = ::open(native(folder), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (descriptor < 0) return;  // a folder that may be written, but not read
+  const bool failed = ::fsync(descriptor) != 0 && errno == EIO;
+  ::close(descriptor);
+  if (failed) raise_errno(EIO, path);
 }
 
 std::string PosixFiles::whole_path(const std::string& path) {

@@ -31,6 +31,7 @@ class PosixFiles final : public Files {
   void remove_folder(const std::string& folder) override;
   void remove_file(const std::string& path) override;
   void replace_file(const std::string& from, const std::string& to) override;
+  void sync_names(const std::string& path) override;
   std::string whole_path(const std::string& path) override;
 
   /// Always empty.

@@ -210,9 +210,25 @@ class Win32File final : public File {
     return size.QuadPart;
   }
 
-  // Every write has already been handed to the system; there is no buffer here to empty. The disk itself is not waited
-  // for: what must survive is a fault of the program, not of the power.
-  void flush() override {}
+  void cut(std::int64_t length) override {
+    seek(length);
+    if (::SetEndOfFile(handle_) == 0) raise_system(::GetLastError(), path_);
+  }
+
+  void sync() override {
+    if (::FlushFileBuffers(handle_) != 0) return;
+    const DWORD error = ::GetLastError();
+    // What is no file has no disk behind it.
+    if (::GetFileType(handle_) == FILE_TYPE_DISK) raise_system(error, path_);
+  }
+
+  bool lock() override {
+    // A lock keeps others from the bytes it covers: this one covers a byte that no file has.
+    OVERLAPPED place{};
+    place.OffsetHigh = 0x7FFFFFFF;
+    constexpr DWORD kAtOnce = LOCKFILE_EXCLUSIVE_LOCK | LOCKFILE_FAIL_IMMEDIATELY;
+    return ::LockFileEx(handle_, kAtOnce, 0, 1, 0, &place) != 0 || ::GetLastError() != ERROR_LOCK_VIOLATION;
+  }
 
   void close() override {
     if (handle_ == nullptr) return;

@@ -35,6 +35,8 @@ class Win32Files final : public Files {
   /// A file that is open or read-only stays: permission_denied. The same holds for both files that are replaced.
   void remove_file(const std::string& path) override;
   void replace_file(const std::string& from, const std::string& to) override;
+  /// Nothing: replace_file() and sync() of a new file wait for its name, too.
+  void sync_names(const std::string& /*path*/) override {}
   std::string whole_path(const std::string& path) override;
 
   /// The path in the shape that was given, each of its names in short form as far as the drive keeps short forms.
