@@ -134,7 +134,8 @@ void FileBuffer::patch(const fOffsett& pointer) {
   content->replace(start, kPointerPlaceholder.size(), SmartNum::pointer_bytes(target));
 }
 
-// The chunks to be written, in order, each with its echo line. Where the fill is set, its bytes, in `filler`, stand for the data.
+// The chunks to be written, in order, each with its echo line. Where the fill is set, its bytes, in `filler`, stand for
+// the data.
 std::vector<BurnChunk> FileBuffer::planned(std::string_view filler) {
   std::vector<BurnChunk> chunks;
   for (int b = 0; b < kLabelSets; ++b) {
