@@ -1,16 +1,13 @@
-"""The whole-process job: the same 120,000 lines through tidewright and through the GNU assembler chain.
+"""The job that bench/figures.py measures: up to 120,000 lines, the commands that compile and burn them, and those of
+the GNU assembler chain that come to the same image.
 
-Writes one program three times: as scripts with a command database; as GNU assembler source, where each command
-is a macro as the database is to tidewright; and as the same source with the macros expanded by hand. Checks
-that the three images are equal byte for byte, then times the programs in turn and prints a table. A timing
-never fails the run; unequal images do. tools/bench.sh calls it.
+One program is written three times: as scripts with a command database; as GNU assembler source, where each command
+is a macro as the database is to tidewright; and as the same source with the macros expanded by hand.
 """
 
-import argparse
 import os
 import random
 import shutil
-import statistics
 import subprocess
 import sys
 import time
@@ -20,6 +17,7 @@ LINES = 7500  # in each file
 BLOCK = 10  # a label, seven commands, two commands with a pointer
 ROOM = 0x8000  # of each buffer in the image
 BASE = 0x08000000
+RAW_SCRIPT = f"game{ROOM:X}.psc"
 
 # Keyword, byte code, widths of the values. The second command with a pointer ends the block.
 COMMANDS = [
@@ -32,6 +30,44 @@ CALL, LEAVE = ("callpart", 0x40), ("leaveto", 0x41)
 DIRECTIVES = {1: ".byte", 2: ".short", 4: ".long"}
 
 
+class Way:
+    """Commands that run one after the other in a folder: what a figure is taken of."""
+
+    def __init__(self, folder, commands, writes=(), empties=()):
+        """Before each run the log and what the commands write is removed; `empties` are there, empty."""
+        self.folder = folder
+        self.commands = commands
+        self.writes = writes
+        self.empties = empties
+
+    def prepare(self):
+        shutil.rmtree(os.path.join(self.folder, "logs"), ignore_errors=True)
+        for name in self.writes:
+            if os.path.exists(os.path.join(self.folder, name)):
+                os.remove(os.path.join(self.folder, name))
+        for name in self.empties:
+            open(os.path.join(self.folder, name), "wb").close()
+
+    def seconds(self):
+        self.prepare()
+        start = time.perf_counter()
+        for command in self.commands:
+            subprocess.run(command, cwd=self.folder, check=True, stdin=subprocess.DEVNULL)
+        return time.perf_counter() - start
+
+    def peak(self):
+        """Peak memory in bytes of the hungriest of the commands. Not asked of the timed runs: a child of Python would
+        count what Python itself had in memory."""
+        self.prepare()
+        kibibytes = []
+        for command in self.commands:
+            subprocess.run(["/usr/bin/time", "-f", "%M", "-o", "peak.txt"] + command, cwd=self.folder, check=True,
+                           stdin=subprocess.DEVNULL)
+            with open(os.path.join(self.folder, "peak.txt"), encoding="ascii") as file:
+                kibibytes.append(int(file.read()))
+        return max(kibibytes) * 1024
+
+
 class Job:
     """One size of the program, in a folder of its own."""
 
@@ -39,10 +75,8 @@ class Job:
         self.folder = folder
         self.files = files
         self.lines = files * LINES
-        self.image = os.path.join(folder, "game.bin")
-        self.logs = os.path.join(folder, "logs")
         shutil.rmtree(folder, ignore_errors=True)
-        for part in ("base", "macros", "plain", "logs"):
+        for part in ("base", "macros", "plain"):
             os.makedirs(os.path.join(folder, part))
         self.write_database()
         self.write_program()
@@ -114,92 +148,71 @@ class Job:
         self.write(f"macros/part{n}.s", macros)
         self.write(f"plain/part{n}.s", plain)
 
-    def tidewright(self, program):
-        return [[program, "-q", "--log-folder", self.logs, "#boot; #include main.psc; #kapop game.bin"]]
+    def tidewright(self, program, line, writes=(), empties=()):
+        """A session that begins with its database."""
+        command = [program, "-q", "--yes", "--log-folder", "logs", "#boot; " + line]
+        return Way(self.folder, [command], writes, empties)
+
+    def burn(self, program):
+        return self.tidewright(program, "#include main.psc; #kapop game.bin", empties=["game.bin"])
 
     def gnu(self, way):
-        return [
+        commands = [
             ["as", "-I", way, "-o", f"{way}.o", f"{way}/main.s"],
             ["ld", f"-Ttext=0x{BASE:X}", "-e", "0", "-o", f"{way}.elf", f"{way}.o"],
             ["objcopy", "-O", "binary", f"{way}.elf", f"{way}.bin"],
         ]
+        return Way(self.folder, commands, [f"{way}.o", f"{way}.elf", f"{way}.bin"])
+
+    def cat(self):
+        """The floor of burn(): its scripts are read, and its log and image written, by what does nothing else. Wants
+        what check() kept."""
+        line = "cat base/includes.psh main.psc pushes.psc part*.psc >/dev/null; cat burned/* >cat.out"
+        return Way(self.folder, [["sh", "-c", line]], ["cat.out"])
 
     def back(self, program):
-        """The way back, by title: what each run needs is left by the first one, which only stays in the buffers."""
-        steps = {
-            "compile": "#include main.psc",
-            "compile, write buffer file": "#include main.psc; #kapoke game.buf",
-            "read buffer file": "#kapeek game.buf",
-            "decode buffer file": "#decode game.buf",
-            "rawdecode image": f"#rawdecode game.bin 0x{ROOM:X} 3",
+        """The way back, by title. The first only fills the buffers; the others read what was written before them."""
+        return {
+            "compile": self.tidewright(program, "#include main.psc"),
+            "compile, write buffer file": self.tidewright(program, "#include main.psc; #kapoke game.buf", ["game.buf"]),
+            "read buffer file": self.tidewright(program, "#kapeek game.buf"),
+            "decode buffer file": self.tidewright(program, "#decode game.buf", ["game.psc"]),
+            "rawdecode image": self.tidewright(program, f"#rawdecode game.bin 0x{ROOM:X} 3", [RAW_SCRIPT]),
         }
-        start = [program, "-q", "--yes", "--log-folder", self.logs]
-        return {title: [start + ["#boot; " + line]] for title, line in steps.items()}
 
-    def check_back(self, program):
-        """Burns the image, and burns what is decoded of it into copies that hold nothing of it."""
-        self.prepare()
-        self.run(self.tidewright(program))
-        burned = self.bytes_of("game.bin")
-        for commands in self.back(program).values():
-            self.run(commands)
-        for script in ("game.psc", f"game{ROOM:X}.psc"):
-            self.prepare()
-            self.run([[program, "-q", "--log-folder", self.logs,
-                       f"#boot; #include pushes.psc; #include {script}; #kapop game.bin"]])
-            back = self.bytes_of("game.bin")
-            if script == "game.psc" and back != burned:
-                sys.exit(f"{self.folder}: {script} gives another image")
-            # The other holds what the first label leads to: zeros stand for the rest.
-            if any(a != b for a, b in zip(back, burned) if a != 0):
-                sys.exit(f"{self.folder}: {script} gives other bytes")
-        with open(self.image, "wb") as file:
-            file.write(burned)
-        with open(os.path.join(self.folder, f"game{ROOM:X}.psc"), encoding="ascii") as file:
-            return sum(1 for line in file if line.strip() and not line.startswith("#ORG"))
-
-    def prepare(self):
-        """An empty image and no log: what tidewright starts from."""
-        open(self.image, "wb").close()
-        shutil.rmtree(self.logs)
-        os.mkdir(self.logs)
-
-    def run(self, commands):
-        """Seconds that the commands take, one after the other."""
-        start = time.perf_counter()
-        for command in commands:
-            subprocess.run(command, cwd=self.folder, check=True, stdin=subprocess.DEVNULL)
-        return time.perf_counter() - start
-
-    def peak(self, commands):
-        """Peak memory in bytes of the hungriest of the commands. Not asked of the timed runs: a child of Python
-        would count what Python itself had in memory."""
-        kibibytes = []
-        for command in commands:
-            report = os.path.join(self.folder, "peak.txt")
-            subprocess.run(["/usr/bin/time", "-f", "%M", "-o", report] + command, cwd=self.folder, check=True,
-                           stdin=subprocess.DEVNULL)
-            with open(report, encoding="ascii") as file:
-                kibibytes.append(int(file.read()))
-        return max(kibibytes) * 1024
-
-    def bytes_of(self, name):
-        with open(os.path.join(self.folder, name), "rb") as file:
-            return file.read()
-
-    def log_size(self):
-        return sum(entry.stat().st_size for entry in os.scandir(self.logs))
-
-    def check(self, ways):
-        self.prepare()
-        for commands in ways.values():
-            self.run(commands)
+    def check(self, program):
+        """Stops where the program and the GNU chain come to different images; keeps log and image of the first for cat()."""
+        self.burn(program).seconds()
+        os.rename(os.path.join(self.folder, "logs"), os.path.join(self.folder, "burned"))
+        shutil.copy(os.path.join(self.folder, "game.bin"), os.path.join(self.folder, "burned"))
+        for way in ("macros", "plain"):
+            self.gnu(way).seconds()
         images = [self.bytes_of(name) for name in ("game.bin", "macros.bin", "plain.bin")]
         if not images[0] or images.count(images[0]) != len(images):
             at = [next((i for i, (a, b) in enumerate(zip(images[0], other)) if a != b), "the end")
                   for other in images[1:]]
             sys.exit(f"{self.folder}: the images differ; sizes {[len(i) for i in images]}, first at {at}")
-        return len(images[0])
+
+    def check_back(self, program):
+        """Stops where what is decoded does not come to the image again, burned into one that holds nothing of it. The
+        result is how many lines the image gave."""
+        burned = self.bytes_of("game.bin")
+        for way in self.back(program).values():
+            way.seconds()
+        for script in ("game.psc", RAW_SCRIPT):
+            self.tidewright(program, f"#include pushes.psc; #include {script}; #kapop again.bin",
+                            empties=["again.bin"]).seconds()
+            again = self.bytes_of("again.bin")
+            if script == "game.psc" and again != burned:
+                sys.exit(f"{self.folder}: {script} gives another image")
+            # The other holds what the first label leads to: zeros stand for the rest.
+            if any(a != b for a, b in zip(again, burned) if a != 0):
+                sys.exit(f"{self.folder}: {script} gives other bytes")
+        return sum(1 for line in self.bytes_of(RAW_SCRIPT).splitlines() if line and not line.startswith(b"#ORG"))
+
+    def bytes_of(self, name):
+        with open(os.path.join(self.folder, name), "rb") as file:
+            return file.read()
 
 
 def script_name(label):
@@ -222,74 +235,3 @@ def merged(values):
         else:
             pieces.append((directive, [word]))
     return [f".{directive} {','.join(words)}" for directive, words in pieces]
-
-
-def measure(job, program, runs):
-    """The ways' run times, taken in turn, after a check that they come to the same image."""
-    ways = {"tidewright": job.tidewright(program), "macros": job.gnu("macros"), "plain": job.gnu("plain")}
-    image_size = job.check(ways)
-    times = {way: [] for way in ways}
-    for _ in range(runs):
-        for way, commands in ways.items():
-            if way == "tidewright":
-                job.prepare()
-            times[way].append(job.run(commands))
-    return ways, times, image_size
-
-
-def measure_back(job, program, runs):
-    """Prints what the way back takes, each step beside compiling."""
-    lines = job.check_back(program)
-    ways = job.back(program)
-    times = {title: [] for title in ways}
-    for _ in range(runs):
-        for title, commands in ways.items():
-            times[title].append(job.run(commands))
-    compiling = statistics.median(times["compile"])
-    print(f"\nThe way back; both scripts give the image again; rawdecode finds {lines} lines")
-    for title, commands in ways.items():
-        median = statistics.median(times[title])
-        print(f"{title:28}{median * 1e3:7.1f} ms{min(times[title]) * 1e3:7.1f} ms{job.peak(commands) / 1e6:7.1f} MB"
-              f"  {median / compiling:.2f} of compiling")
-
-
-def main():
-    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
-    parser.add_argument("--program", required=True, help="the tidewright to time")
-    parser.add_argument("--folder", required=True, help="where the job is written; emptied first")
-    parser.add_argument("--runs", type=int, default=9, help="of each way at the full size")
-    parser.add_argument("--only-write", action="store_true", help="write the full job and stop")
-    options = parser.parse_args()
-    program = os.path.abspath(options.program)
-    folder = os.path.abspath(options.folder)
-
-    job = Job(os.path.join(folder, str(FILES * LINES)), FILES)
-    if options.only_write:
-        job.prepare()
-        return
-    ways, times, image_size = measure(job, program, options.runs)
-    own = statistics.median(times["tidewright"])
-    print(f"{job.lines} lines, {FILES} files and buffers; {options.runs} runs of each, in turn; "
-          "the three images are equal")
-    print(f"{'':28}{'median':>10}{'fastest':>10}{'peak':>10}  tidewright's share")
-    for way, title in (("tidewright", "tidewright"), ("macros", "as+ld+objcopy, macros"),
-                       ("plain", "as+ld+objcopy, expanded")):
-        if way == "tidewright":
-            job.prepare()
-        median = statistics.median(times[way])
-        print(f"{title:28}{median * 1e3:7.1f} ms{min(times[way]) * 1e3:7.1f} ms{job.peak(ways[way]) / 1e6:7.1f} MB"
-              + (f"  {own / median:.2f} of its median" if way != "tidewright" else ""))
-    print(f"log written {job.log_size()} bytes, image {image_size} bytes")
-    measure_back(job, program, options.runs)
-
-    print(f"\n{'lines':>8}{'tidewright':>14}{'per line':>12}{'macros':>12}{'expanded':>12}   (medians of 5)")
-    for files in (2, 4, 8, 16):
-        sized = Job(os.path.join(folder, f"size{files * LINES}"), files)
-        _, times, _ = measure(sized, program, 5)
-        row = {way: statistics.median(values) for way, values in times.items()}
-        print(f"{sized.lines:>8}{row['tidewright'] * 1e3:11.1f} ms{row['tidewright'] / sized.lines * 1e9:9.0f} ns"
-              f"{row['macros'] * 1e3:9.1f} ms{row['plain'] * 1e3:9.1f} ms")
-
-
-if __name__ == "__main__":
-    main()

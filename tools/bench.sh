@@ -2,7 +2,7 @@
 # Installs what the benchmarks lack, builds the program and them, and prints their figures: the stations of a line's
 # road one by one, then the whole program against the GNU assembler, linker and objcopy on the same 120,000 lines, and the
 # way back: decoding the image and the buffer file of these lines.
-# With --job only the second; further arguments go to bench/job.py. No figure makes this fail; unequal images do.
+# With --job only the second; further arguments go to bench/figures.py. No figure makes this fail; unequal images do.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 . tools/need.sh
@@ -39,7 +39,7 @@ if [ "$job_only" = no ]; then
 fi
 
 echo "== whole job"
-python3 bench/job.py --program build/tidewright --folder build/bench/job "$@"
+python3 bench/figures.py --program build/tidewright --folder build/bench/job "$@"
 
 if [ "$job_only" = no ]; then
   echo "== window"
