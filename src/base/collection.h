@@ -60,7 +60,12 @@ class Collection {
     const std::uint32_t position = slots_[slot_of(key, hash(key))].position;
     if (position == kFree) return false;
     entries_.erase(entries_.begin() + (position - 1));
-    rebuild(slots_.size());
+    std::vector<Slot> old = std::move(slots_);
+    for (Slot& slot : old) {
+      if (slot.position == position) slot.position = kFree;
+      if (slot.position > position) --slot.position;
+    }
+    fill(old.size(), old);
     return true;
   }
 
@@ -77,9 +82,10 @@ class Collection {
   };
   static constexpr std::uint32_t kFree = 0;
 
+  // One bit tells upper case from lower; that it also tells some other characters apart does not matter here.
   static std::uint32_t hash(std::string_view key) {
     std::uint32_t value = 2166136261u;
-    for (const char c : key) value = (value ^ static_cast<unsigned char>(lower(c))) * 16777619u;
+    for (const char c : key) value = (value ^ (static_cast<unsigned char>(c) | 0x20u)) * 16777619u;
     return value ^ value >> 15;
   }
 
@@ -93,13 +99,19 @@ class Collection {
     }
   }
 
-  void grow() { rebuild(std::bit_ceil(entries_.size() * 2 + 16)); }
+  void grow() {
+    const std::vector<Slot> old = std::move(slots_);
+    fill(std::bit_ceil(entries_.size() * 2 + 16), old);
+  }
 
-  void rebuild(std::size_t slot_count) {
+  // Makes the index anew, of so many slots, out of those of an old one.
+  void fill(std::size_t slot_count, const std::vector<Slot>& old) {
     slots_.assign(slot_count, Slot{});
-    for (std::size_t i = 0; i < entries_.size(); ++i) {
-      const std::uint32_t key_hash = hash(entries_[i].key);
-      slots_[slot_of(entries_[i].key, key_hash)] = {key_hash, static_cast<std::uint32_t>(i + 1)};
+    for (const Slot& slot : old) {
+      if (slot.position == kFree) continue;
+      std::size_t at = slot.key_hash & (slot_count - 1);
+      while (slots_[at].position != kFree) at = (at + 1) & (slot_count - 1);
+      slots_[at] = slot;
     }
   }
 

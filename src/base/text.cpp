@@ -1,7 +1,6 @@
 #include "base/text.h"
 
 #include <algorithm>
-#include <charconv>
 
 namespace tidewright {
 
@@ -16,7 +15,9 @@ std::string lowered(std::string_view text) {
 }
 
 bool same_text(std::string_view a, std::string_view b) {
-  return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](char x, char y) { return lower(x) == lower(y); });
+  // Most that are the same are so to the letter.
+  return a == b ||
+         std::equal(a.begin(), a.end(), b.begin(), b.end(), [](char x, char y) { return lower(x) == lower(y); });
 }
 
 void replace_all(std::string& text, std::string_view from, std::string_view to) {
@@ -58,8 +59,13 @@ void append_number(std::string& text, std::int64_t value) {
 }
 
 Piece::Piece(std::int64_t value) {
-  const auto end = std::to_chars(digits_.data(), digits_.data() + digits_.size(), value).ptr;
-  text_ = std::string_view(digits_.data(), static_cast<std::size_t>(end - digits_.data()));
+  std::size_t first = digits_.size();
+  auto left = static_cast<std::uint64_t>(value);
+  if (value < 0) left = 0 - left;
+  do digits_[--first] = static_cast<char>('0' + left % 10);
+  while ((left /= 10) != 0);
+  if (value < 0) digits_[--first] = '-';
+  text_ = std::string_view(digits_.data() + first, digits_.size() - first);
 }
 
 std::string cat(std::initializer_list<Piece> pieces) {

@@ -223,19 +223,24 @@ void Encoder::add_number(std::string_view value, int kind) {
     echo({lineno_, ": Only ", value.substr(0, number.length), " of ", value, " is read"});
     value = value.substr(0, number.length);
   }
-  if (!pointer) {
-    const auto digits = static_cast<std::size_t>(SmartNum::width(-kind, 1));
-    if (SmartNum::digits(value, number.value) > digits) {
-      echo({lineno_, ": ", value, " has more than ", digits, " hexadecimal digits, the first ", digits, " are kept"});
-    }
+  if (pointer) return add(value, kind);
+  const auto digits = static_cast<std::size_t>(SmartNum::width(-kind, 1));
+  if (SmartNum::digits(value, number.value) > digits) {
+    echo({lineno_, ": ", value, " has more than ", digits, " hexadecimal digits, the first ", digits, " are kept"});
+    return add(value, kind);
   }
-  add(value, kind);
+  list_value(value);
+  SmartNum::append_bytes(to_long(number.value), digits / 2, bytes_);
 }
 
 void Encoder::add(std::string_view value, int kind) {
+  list_value(value);
+  num_.code_value({value, kind}, bytes_, pointers_);
+}
+
+void Encoder::list_value(std::string_view value) {
   value_list_ += ' ';
   value_list_ += value;
-  num_.code_value({value, kind}, bytes_, pointers_);
 }
 
 const std::string& Encoder::next_value() {

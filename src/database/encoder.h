@@ -55,6 +55,7 @@ class Encoder {
   void add_named_byte(const std::string& description);
   void add_number(std::string_view value, int kind);
   void add(std::string_view value, int kind);
+  void list_value(std::string_view value);
   bool has_value() const { return next_ < tokens_.size(); }
   const std::string& next_value();
   void tell_unused(const tCmd& command);

@@ -31,7 +31,7 @@ bool DataFile::fill() {
 
 void DataFile::want_readable() {
   if (!readable_) raise(ErrorNumber::bad_file_mode, cat({name_, " is not open for reading"}));
-  if (!write_buffer_.empty()) flush();
+  if (unflushed_ > 0) flush();
 }
 
 void DataFile::drop_read_buffer() {
@@ -86,11 +86,29 @@ std::string DataFile::read(std::size_t size) {
   return bytes;
 }
 
-void DataFile::write(std::string_view bytes) {
+// Where `size` bytes are to be put that count as written.
+char* DataFile::room(std::size_t size) {
   if (!writable_) raise(ErrorNumber::permission_denied, cat({name_, " cannot be written"}));
-  if (write_buffer_.size() >= kBufferSize) flush();
-  if (write_buffer_.empty()) drop_read_buffer();
-  write_buffer_ += bytes;
+  if (unflushed_ >= kBufferSize) flush();
+  if (unflushed_ == 0) drop_read_buffer();
+  const std::size_t start = unflushed_;
+  if (write_buffer_.size() < start + size) write_buffer_.resize(std::max(start + size, 2 * write_buffer_.size()));
+  unflushed_ += size;
+  return write_buffer_.data() + start;
+}
+
+void DataFile::write(std::string_view bytes) {
+  bytes.copy(room(bytes.size()), bytes.size());
+}
+
+void DataFile::write(std::string_view before, std::initializer_list<Piece> pieces, std::string_view behind) {
+  std::size_t size = before.size() + behind.size();
+  for (const Piece& piece : pieces) size += piece.text().size();
+  char* at = room(size);
+  const auto put = [&at](std::string_view text) { at += text.copy(at, text.size()); };
+  put(before);
+  for (const Piece& piece : pieces) put(piece.text());
+  put(behind);
 }
 
 void DataFile::seek(std::int64_t position) {
@@ -123,20 +141,17 @@ bool DataFile::at_end() {
 }
 
 void DataFile::flush() {
-  if (write_buffer_.empty()) return;
-  std::string bytes;
-  bytes.swap(write_buffer_);
+  if (unflushed_ == 0) return;
+  std::string_view left(write_buffer_.data(), std::exchange(unflushed_, 0));
   const bool lost_before = std::exchange(lost_bytes_, true);  // until all of these have arrived
   file_->seek(buffer_start_);
-  for (std::string_view left = bytes; !left.empty();) {
+  while (!left.empty()) {
     const std::size_t written = file_->write(left);
     if (written == 0) raise(ErrorNumber::device_io, name_);
     buffer_start_ += static_cast<std::int64_t>(written);
     left.remove_prefix(written);
   }
   lost_bytes_ = lost_before;
-  bytes.clear();
-  bytes.swap(write_buffer_);  // keeps its memory for the next run
 }
 
 void DataFile::sync() {

@@ -2,11 +2,13 @@
 #pragma once
 
 #include <cstdint>
+#include <initializer_list>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 
+#include "base/text.h"
 #include "platform/host.h"
 
 namespace tidewright {
@@ -48,11 +50,11 @@ class DataFile {
   int peek();
 
   void write(std::string_view bytes);
-  /// The same for bytes that belong to those of the write() just before: only collected.
-  void write_more(std::string_view bytes) { write_buffer_ += bytes; }
+  /// The pieces one after another, between what stands before and behind them.
+  void write(std::string_view before, std::initializer_list<Piece> pieces, std::string_view behind);
 
   void seek(std::int64_t position);
-  std::int64_t position() const { return write_buffer_.empty() ? read_position() : write_position(); }
+  std::int64_t position() const { return unflushed_ == 0 ? read_position() : write_position(); }
   std::int64_t length();
   /// Makes the file end at `length`, where it is longer.
   void cut(std::int64_t length);
@@ -71,10 +73,11 @@ class DataFile {
   static constexpr std::size_t kFirstPiece = 4096;  // read behind a seek: who jumps about reads little at each place
 
   std::int64_t read_position() const { return buffer_start_ + static_cast<std::int64_t>(read_at_); }
-  std::int64_t write_position() const { return buffer_start_ + static_cast<std::int64_t>(write_buffer_.size()); }
+  std::int64_t write_position() const { return buffer_start_ + static_cast<std::int64_t>(unflushed_); }
   bool fill();
   void want_readable();
   void drop_read_buffer();
+  char* room(std::size_t size);
 
   std::unique_ptr<File> file_;
   std::string name_;
@@ -88,8 +91,9 @@ class DataFile {
   std::int64_t buffer_start_ = 0;
   std::string read_buffer_;
   std::size_t read_at_ = 0;
-  bool moved_ = false;  // by a seek, and nothing is read since
-  std::string write_buffer_;
+  bool moved_ = false;         // by a seek, and nothing is read since
+  std::string write_buffer_;   // never shrinks
+  std::size_t unflushed_ = 0;  // bytes at its start that were written
 };
 
 }  // namespace tidewright

@@ -81,9 +81,7 @@ void FileHandle::write_log(std::initializer_list<Piece> pieces) {
   static constexpr std::string_view kMarks = "||||||||||||||||";
   const int marks = std::max(lowest_free_number() - 2, 0);
   try {
-    log->write(kMarks.substr(0, static_cast<std::size_t>(marks)));
-    for (const Piece& piece : pieces) log->write_more(piece.text());
-    log->write_more(kLineEnd);
+    log->write(kMarks.substr(0, static_cast<std::size_t>(marks)), pieces, kLineEnd);
   } catch (const RuntimeError&) {
     // A message is never worth an error: the console has the line.
   }

@@ -73,7 +73,11 @@ void Control::report(std::string_view description, int number) {
 }
 
 void Control::KaCode(std::string& line) {
-  SmartString statement;
+  // A line that runs inside of this one finds none to use again, and makes its own.
+  std::unique_ptr<SmartString> lent = std::move(spare_statement_);
+  if (lent == nullptr) lent = std::make_unique<SmartString>();
+  SmartString& statement = *lent;
+  statement.clear();
   std::string piece;  // the statement that runs, where the line has several
   try {
     if (!block_comment_) cut(line, statement);
@@ -95,6 +99,7 @@ void Control::KaCode(std::string& line) {
     if (failed_statement_.empty()) failed_statement_ = shown(piece.empty() ? line : piece);
     throw;
   }
+  spare_statement_ = std::move(lent);
   shared_.file_buffer.inbuffer(shared_.file_buffer.default_buffer);
 }
 
@@ -193,8 +198,9 @@ void Control::text_line(const std::string& text) {
 void Control::code_line(const std::string& code, const std::string& text) {
   FileHandle& files = shared_.file_handle;
   FileBuffer& buffers = shared_.file_buffer;
+  const DefineTable& defines = shared_.define_table;
   code_ = code;
-  code_ = shared_.define_table.replace(std::move(code_));
+  if (!defines.empty()) code_ = defines.replace(std::move(code_));
   std::string pointers;
   if (shared_.cmd_list.encode(code_, pointers, files.lineno()).empty()) {
     const std::string place = files.location();

@@ -7,6 +7,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -173,7 +174,8 @@ class Control {
   bool running_ = false;          // the file-line runner is at work
   std::string failed_statement_;  // where an error is on its way out
 
-  // The texts of one KaCode and one code line; members only to keep their memory.
+  // Of one KaCode and one code line; members only to keep their memory.
+  std::unique_ptr<SmartString> spare_statement_;
   std::string trimmed_line_;
   std::string code_;
 };

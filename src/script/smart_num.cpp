@@ -134,17 +134,21 @@ void SmartNum::push(std::string_view value, int kind, std::string& bytes) const 
   }
   const std::int32_t number = pointer ? CPtr(value) : to_long(Val(value));
   if (hex_length(number) > count) return push_digits(hex(number), count, bytes);
-  bytes.append(pointer_bytes(number), 0, std::min(count / 2, kPointerPlaceholder.size()));
-  if (count / 2 > kPointerPlaceholder.size()) bytes.append(count / 2 - kPointerPlaceholder.size(), '\0');
+  append_bytes(number, count / 2, bytes);
 }
 
 std::size_t SmartNum::digits(std::string_view value, double number) {
   return has_hex_mark(value) ? value.size() - 2 : hex_length(to_long(number));
 }
 
+void SmartNum::append_bytes(std::int32_t number, std::size_t size, std::string& bytes) {
+  auto left = static_cast<std::uint32_t>(number);
+  for (std::size_t i = 0; i < size; ++i, left >>= 8) bytes += static_cast<char>(left & 255);
+}
+
 std::string SmartNum::pointer_bytes(std::int32_t pointer) {
-  std::string bytes(kPointerPlaceholder.size(), '\0');
-  for (std::size_t i = 0; i < bytes.size(); ++i) bytes[i] = static_cast<char>(pointer >> (8 * i) & 255);
+  std::string bytes;
+  append_bytes(pointer, kPointerPlaceholder.size(), bytes);
   return bytes;
 }
 

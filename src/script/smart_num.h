@@ -77,6 +77,9 @@ class SmartNum {
   /// How many hexadecimal digits numberpush sees in a value whose numeric reading is `number`.
   static std::size_t digits(std::string_view value, double number);
 
+  /// Appends the lowest `size` bytes of a number; behind the fourth they are zero.
+  static void append_bytes(std::int32_t number, std::size_t size, std::string& bytes);
+
   /// The four bytes of a pointer whose value is known, and back.
   static std::string pointer_bytes(std::int32_t pointer);
   static std::int32_t pointer_value(std::string_view bytes);

@@ -24,8 +24,17 @@ void SmartString::KaScrub(std::string& line) {
   scrub(line);
 }
 
+void SmartString::clear() {
+  directive_.clear();
+  comment_.clear();
+  standard_.clear();
+  for (std::string& value : values_) value.clear();
+  count_ = 0;
+}
+
 void SmartString::kaTrim(std::string& line) {
-  KaScrub(line);
+  const Marks marks = marks_of(line);
+  if (marks.loose) scrub(line);
   if (line.empty()) return;
   directive_.clear();
   if (static_cast<unsigned char>(line[0]) <= kLastMarker) {
@@ -42,7 +51,11 @@ void SmartString::kaTrim(std::string& line) {
     line.clear();
     return;
   }
-  cut_comment(line);
+  if (marks.comment) {
+    cut_comment(line);
+  } else {
+    values_[0] = line;
+  }
 }
 
 void SmartString::cut_comment(const std::string& line) {
@@ -64,9 +77,10 @@ void SmartString::cut_comment(const std::string& line) {
 void SmartString::kaSplit(std::string_view text, char delimiter) {
   // The text may stand in one of the slots that are about to be written: one token is safe, more want a copy.
   if (text.find(delimiter) == std::string_view::npos) {
+    const Marks marks = marks_of(text);
     values_[0].assign(text);
-    scrub(values_[0]);
-    normalize(values_[0]);
+    if (marks.loose) scrub(values_[0]);
+    if (marks.loose || marks.rewritten) normalize(values_[0]);
     count_ = 0;
     return;
   }

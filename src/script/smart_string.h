@@ -15,6 +15,9 @@ class SmartString {
  public:
   static constexpr int kSlots = 16;
 
+  /// Makes it as new, but for the memory it has.
+  void clear();
+
   /// Folds tabs and runs of spaces in `line` to single spaces and trims both ends. Line ends are kept.
   static void KaScrub(std::string& line);
 

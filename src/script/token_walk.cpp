@@ -10,14 +10,16 @@
 namespace tidewright {
 namespace {
 
-bool needs_scrub(std::string_view line) {
-  char previous = ' ';
-  for (const char c : line) {
-    if (c <= ' ' && (c == '\t' || (c == ' ' && previous == ' '))) return true;
-    previous = c;
-  }
-  return previous == ' ' && !line.empty();
-}
+// By character code: what a character is to marks_of().
+constexpr unsigned char kBlank = 1, kTab = 2, kRewritten = 4, kComment = 8;
+constexpr std::array<unsigned char, 256> kMarkOf = [] {
+  std::array<unsigned char, 256> marks{};
+  marks[' '] = kBlank;
+  marks['\t'] = kTab;
+  marks['x'] = marks['#'] = kRewritten;
+  marks['\''] = marks['='] = kComment;
+  return marks;
+}();
 
 // By character code: whether lower-casing or normalising a token may change it where this character stands.
 constexpr std::array<bool, 256> kTouched = [] {
@@ -35,8 +37,22 @@ std::string_view trimmed(std::string_view token) {
 
 }  // namespace
 
+Marks marks_of(std::string_view text) {
+  unsigned found = 0;
+  unsigned side_by_side = 0;
+  unsigned previous = kBlank;  // a blank at either end is as one beside another
+  for (const char c : text) {
+    const unsigned mark = kMarkOf[static_cast<unsigned char>(c)];
+    found |= mark;
+    side_by_side |= mark & previous;
+    previous = mark;
+  }
+  if (!text.empty()) side_by_side |= previous;
+  return {(found & kTab) != 0 || (side_by_side & kBlank) != 0, (found & kRewritten) != 0, (found & kComment) != 0};
+}
+
 void scrub(std::string& line) {
-  if (!needs_scrub(line)) return;
+  if (!marks_of(line).loose) return;
   std::size_t kept = 0;
   for (char c : line) {
     if (c == '\t') c = ' ';
@@ -59,7 +75,7 @@ void normalize(std::string& token) {
 TokenWalk::TokenWalk(std::string_view text, char delimiter) : left_(text), delimiter_(delimiter) {
   if (delimiter == ' ' && text.find('\t') == std::string_view::npos) {
     left_ = trimmed(text);
-  } else if (needs_scrub(text)) {
+  } else if (marks_of(text).loose) {
     scrubbed_ = text;
     scrub(scrubbed_);
     left_ = scrubbed_;
@@ -68,10 +84,13 @@ TokenWalk::TokenWalk(std::string_view text, char delimiter) : left_(text), delim
 
 bool TokenWalk::next(std::string& token) {
   if (ended_) return false;
-  std::size_t end = 0;  // tokens are short: a loop finds their ends sooner than a search
+  // Tokens are short: a loop finds their ends sooner than a search.
+  const std::string_view left = left_;
+  const char delimiter = delimiter_;
+  std::size_t end = 0;
   bool touched = false;
-  while (end < left_.size() && left_[end] != delimiter_) touched |= kTouched[static_cast<unsigned char>(left_[end++])];
-  token.assign(left_, 0, end);
+  while (end < left.size() && left[end] != delimiter) touched |= kTouched[static_cast<unsigned char>(left[end++])];
+  token.assign(left, 0, end);
   ended_ = end == left_.size();
   if (touched) {
     if (!ended_ && end > 1) make_lower(token);

@@ -9,6 +9,14 @@
 
 namespace tidewright {
 
+/// What stands in a text, as far as the rules below ask: one look spares several searches, and most lines hold nothing.
+struct Marks {
+  bool loose = false;      // scrub() would change it
+  bool rewritten = false;  // an "x" or "#", which normalize() may change
+  bool comment = false;    // a "'" or "="
+};
+Marks marks_of(std::string_view text);
+
 /// Folds tabs and runs of spaces in `line` to single spaces and trims both ends. Line ends are kept.
 void scrub(std::string& line);
 
