@@ -38,7 +38,7 @@ void Decompiler::KaScript() {
   FileBuffer& buffers = o_.buffers;
   std::string script = cat({"//", buffers.bytes(FileBuffer::kTextBuffer)});
   for (int k = 0; k < FileBuffer::kLabelSets; ++k) {
-    if (buffers.bytes(k).empty() && buffers.count(k) == 0) continue;
+    if (buffers.bytes(k).empty() && buffers.count(k) == 0 && buffers.placed_pointers(k).empty()) continue;
     script += sections_of(k);
     replace_all(script, "&h", "0x");
   }
@@ -85,6 +85,11 @@ std::string Decompiler::sections_of(int buffer) {
   if (const std::size_t size = buffers.bytes(buffer).size(); written < size) {
     files.echo_fault(
         cat({" - ", size - written, " bytes of buffer ", buffer, " belong to no label: they are left out"}));
+  }
+  const std::int64_t end = std::int64_t{buffer} * FileBuffer::kBufferSpan + std::ssize(buffers.bytes(buffer));
+  if (const auto behind = std::lower_bound(placed.begin(), placed.end(), end, before); behind != placed.end()) {
+    files.echo_fault(cat(
+        {" - ", placed.end() - behind, " pointers stand behind the end of buffer ", buffer, ": they are left out"}));
   }
   return script;
 }

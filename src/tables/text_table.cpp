@@ -12,6 +12,7 @@ namespace {
 constexpr char kHashMark = '#';
 constexpr char kCtrlMark = '\\';
 constexpr std::string_view kTokenizedHash = "&h";  // what the tokenizer makes of "#" in a text behind a code line
+constexpr std::size_t kLongestNotation = 4;        // "&h" and two digits
 
 bool is_byte_notation(std::string_view text) {
   return text.size() >= 3 && text[0] == kHashMark && hex_digit(text[1]) >= 0 && hex_digit(text[2]) >= 0;
@@ -70,19 +71,16 @@ void TextTable::add(std::string_view name, std::string_view value, Word word) {
     raise(ErrorNumber::invalid_call, cat({entry.form, " would hide the notation of a byte"}));
   }
   Index& forms = word == Word::text ? characters_ : names_;
-  std::size_t& longest_form = word == Word::text ? longest_character_ : longest_name_;
-  if (!forms.try_emplace(entry.form, entries_.size()).second) raise(ErrorNumber::duplicate_key, name);
-  longest_form = std::max(longest_form, entry.form.size());
-  longest_value_ = std::max(longest_value_, entry.bytes.size());
-  values_.try_emplace(entry.bytes, entries_.size());
+  if (!forms.add(entry.form, entries_.size())) raise(ErrorNumber::duplicate_key, name);
+  values_.add(entry.bytes, entries_.size());
   entries_.push_back(std::move(entry));
 }
 
-const TextTable::Entry* TextTable::longest(const Index& index, std::size_t limit, std::string_view source) const {
-  for (std::size_t length = std::min(limit, source.size()); length > 0; --length) {
-    if (const auto found = index.find(source.substr(0, length)); found != index.end()) {
-      return &entries_[found->second];
-    }
+const TextTable::Entry* TextTable::longest(const Index& index, std::string_view source) const {
+  for (const std::size_t length : index.lengths) {
+    if (length > source.size()) continue;
+    const auto found = index.positions.find(source.substr(0, length));
+    if (found != index.positions.end()) return &entries_[found->second];
   }
   return nullptr;
 }
@@ -90,17 +88,17 @@ const TextTable::Entry* TextTable::longest(const Index& index, std::size_t limit
 TextTable::Match TextTable::match_text(std::string_view text) const {
   const bool tokenized = text.starts_with(kTokenizedHash);
   Match best{1, nullptr, text[0]};
-  if (const Entry* const entry = longest(characters_, longest_character_, text)) {
+  if (const Entry* const entry = longest(characters_, text)) {
     best = {entry->form.size(), entry, 0};
   }
   if (!tokenized && text[0] != kHashMark && text[0] != kCtrlMark) return best;
 
   // Marked forms are looked up as "#..." in lower case; `extra` is what "&h" takes more than "#" in the source.
   const std::size_t extra = tokenized ? 1 : 0;
-  std::string marked(text.substr(extra, std::max<std::size_t>(longest_name_, 3)));
+  std::string marked(text.substr(extra, std::max<std::size_t>(names_.longest(), 3)));
   if (tokenized) marked[0] = kHashMark;
   make_lower(marked);
-  if (const Entry* const entry = longest(names_, longest_name_, marked);
+  if (const Entry* const entry = longest(names_, marked);
       entry != nullptr && entry->form.size() + extra > best.length) {
     best = {entry->form.size() + extra, entry, 0};
   }
@@ -109,7 +107,7 @@ TextTable::Match TextTable::match_text(std::string_view text) const {
 }
 
 TextTable::Match TextTable::match_bytes(std::string_view bytes) const {
-  if (const Entry* const entry = longest(values_, longest_value_, bytes)) return {entry->bytes.size(), entry, 0};
+  if (const Entry* const entry = longest(values_, bytes)) return {entry->bytes.size(), entry, 0};
   return {1, nullptr, bytes[0]};
 }
 
@@ -161,16 +159,25 @@ class TextTable::Writer {
 
   // Looks again at the pieces that are near enough to the end for what was appended to change their reading.
   bool reads_back() const {
-    const std::size_t reach = std::max<std::size_t>({table_.longest_character_, table_.longest_name_ + 1, 4});
+    const std::size_t reach =
+        std::max<std::size_t>({table_.characters_.longest(), table_.names_.longest() + 1, kLongestNotation});
+    const std::size_t appended = pieces_.back().start;
     std::size_t end = text_.size();
-    for (auto piece = pieces_.rbegin(); piece != pieces_.rend() && piece->start + reach > pieces_.back().start;
-         ++piece) {
+    for (auto piece = pieces_.rbegin(); piece != pieces_.rend() && piece->start + reach > appended;
+         end = piece->start, ++piece) {
+      if (!reads_on(appended - piece->start, text_.size() - piece->start)) continue;
       const Match match = table_.match_text(std::string_view(text_).substr(piece->start));
       if (match.length != end - piece->start || match.entry != piece->entry) return false;
       if (match.entry == nullptr && match.byte != piece->byte) return false;
-      end = piece->start;
     }
     return true;
+  }
+
+  // Whether a piece behind which `before` bytes stood, its own among them, can be read otherwise now that there are
+  // `now`.
+  bool reads_on(std::size_t before, std::size_t now) const {
+    return before < kLongestNotation || table_.characters_.has_between(before, now) ||
+           table_.names_.has_between(before - 1, now);  // "&h" takes one more
   }
 
   const TextTable& table_;

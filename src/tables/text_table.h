@@ -4,6 +4,8 @@
 
 #include <array>
 #include <cstdint>
+#include <functional>
+#include <set>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -51,11 +53,27 @@ class TextTable {
     using is_transparent = void;
     std::size_t operator()(std::string_view key) const { return std::hash<std::string_view>()(key); }
   };
-  using Index = std::unordered_map<std::string, std::size_t, Hash, std::equal_to<>>;
+
+  // Positions of entries by what stands for them, and the lengths that there are, the longest first.
+  struct Index {
+    std::unordered_map<std::string, std::size_t, Hash, std::equal_to<>> positions;
+    std::set<std::size_t, std::greater<>> lengths;
+
+    bool add(const std::string& key, std::size_t position) {
+      lengths.insert(key.size());
+      return positions.try_emplace(key, position).second;
+    }
+    std::size_t longest() const { return lengths.empty() ? 0 : *lengths.begin(); }
+    /// Whether one is longer than `shorter`, and at most `most` long.
+    bool has_between(std::size_t shorter, std::size_t most) const {
+      const auto found = lengths.lower_bound(most);
+      return found != lengths.end() && *found > shorter;
+    }
+  };
 
   class Writer;
 
-  const Entry* longest(const Index& index, std::size_t limit, std::string_view source) const;
+  const Entry* longest(const Index& index, std::string_view source) const;
   Match match_text(std::string_view text) const;
   Match match_bytes(std::string_view bytes) const;
 
@@ -63,9 +81,6 @@ class TextTable {
   Index characters_;  // text entries by their form
   Index names_;       // hash and ctrl entries by their form, lower-cased
   Index values_;      // all entries by their bytes, the first of equal ones
-  std::size_t longest_character_ = 0;
-  std::size_t longest_name_ = 0;
-  std::size_t longest_value_ = 0;
 };
 
 }  // namespace tidewright

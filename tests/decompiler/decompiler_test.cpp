@@ -133,6 +133,13 @@ TEST_F(DecompilerTest, WritesASectionForEachLabel) {
   EXPECT_EQ(script(), "//" + wanted + wanted.substr(wanted.find('~'))) << "all sections once more";
 }
 
+TEST_F(DecompilerTest, PointersBehindTheEndOfABufferAreTold) {
+  put(2, "here", 3, "\x02", "$shop,1,3,$inn,2,3");
+  EXPECT_TRUE(echoed([&] {
+                control.KaScript();
+              }).ends_with(" - 2 pointers stand behind the end of buffer 2: they are left out\n"));
+}
+
 // Chunks, their bodies, and that these give the chunks again.
 TEST_F(DecompilerTest, NothingOfAChunkIsLost) {
   struct Case {

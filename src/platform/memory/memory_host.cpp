@@ -57,9 +57,11 @@ class MemoryFile final : public File {
     data = data.substr(0, faults_.most_per_write.value_or(data.size()));
     if (!faults_.happens(path_)) return data.size();
     if (faults_.room) {
-      if (*faults_.room == 0) raise(ErrorNumber::disk_full, path_);
-      data = data.substr(0, *faults_.room);
-      *faults_.room -= data.size();
+      // What a seek skipped beyond the end wants room, too.
+      const std::size_t skipped = position_ > bytes.size() ? position_ - bytes.size() : 0;
+      if (*faults_.room <= skipped) raise(ErrorNumber::disk_full, path_);
+      data = data.substr(0, *faults_.room - skipped);
+      *faults_.room -= skipped + data.size();
     }
     // What was skipped by a seek beyond the end reads as zeros.
     if (bytes.size() < position_ + data.size()) bytes.resize(position_ + data.size());
