@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Installs what the tests lack, builds the program and the tests, and runs everything through CTest; then the Windows
-# program and its tests in the same way, under Wine. The last line is "N passed, N failed".
+# Installs what the tests lack, builds the program and the tests, and runs everything through CTest; then each fuzz target
+# for ten seconds; then the Windows program and its tests in the same way, under Wine. The last line is "N passed, N failed".
 set -euo pipefail
 cd "$(dirname "$0")/.."
 . tools/need.sh
@@ -35,9 +35,19 @@ if [ -z "$total" ] || [ "$total" -eq 0 ]; then
   exit 1
 fi
 
-report=$(tools/test-windows.sh 2>&1) || status=$?
-printf '%s\n' "$report"
-read -r windows_passed windows_failed < <(printf '%s\n' "$report" | tail -n 1 |
-  sed -n 's/^\([0-9]*\) passed, \([0-9]*\) failed$/\1 \2/p') || { windows_passed=0 && windows_failed=1; }
-echo "$((total - failed + windows_passed)) passed, $((failed + windows_failed)) failed"
-[ "$status" -eq 0 ] && [ "$((failed + windows_failed))" -eq 0 ]
+passed=$((total - failed))
+
+# add_up TOOL...: runs it, and adds what its last line counts.
+add_up() {
+  local more_passed=0 more_failed=1
+  report=$("$@" 2>&1) || status=$?
+  printf '%s\n' "$report"
+  read -r more_passed more_failed < <(printf '%s\n' "$report" | tail -n 1 |
+    sed -n 's/^\([0-9]*\) passed, \([0-9]*\) failed$/\1 \2/p') || { more_passed=0 && more_failed=1; }
+  passed=$((passed + more_passed))
+  failed=$((failed + more_failed))
+}
+add_up tools/fuzz.sh 10
+add_up tools/test-windows.sh
+echo "$passed passed, $failed failed"
+[ "$status" -eq 0 ] && [ "$failed" -eq 0 ]
