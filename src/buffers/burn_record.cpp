@@ -28,7 +28,9 @@ constexpr std::size_t kNumberSize = 8;
 
 // Numbers in a journal are 64 bits, little-endian. A text stands behind its length.
 void put(std::string& bytes, std::uint64_t number) {
-  for (std::size_t i = 0; i < kNumberSize; ++i) bytes += static_cast<char>(number >> (8 * i) & 255);
+  char field[kNumberSize];
+  for (std::size_t i = 0; i < kNumberSize; ++i) field[i] = static_cast<char>(number >> (8 * i) & 255);
+  bytes.append(field, kNumberSize);
 }
 void put(std::string& bytes, std::int64_t number) {
   put(bytes, static_cast<std::uint64_t>(number));
@@ -101,6 +103,7 @@ BurnRecord::BurnRecord(DataFile& image, const std::vector<BurnChunk>& chunks)
     new_length = std::max(new_length, end);
   }
   new_checksum = sum.value();
+  entries.reserve(chunks.size());
   for (const BurnChunk& chunk : chunks) {
     entries.push_back({std::string(chunk.label), chunk.position, static_cast<std::int64_t>(chunk.bytes.size())});
   }
