@@ -151,9 +151,20 @@ void BurnJournal::undo(const BurnRecord& record, std::string_view why) {
   }
 }
 
+// The record of the last burn that was whole; tells where there is none.
+std::optional<BurnRecord> BurnJournal::last() {
+  const bool there = is_there(done_);
+  std::optional<BurnRecord> record = there ? load(done_) : std::nullopt;
+  if (!record) {
+    files_.echo_fault(there ? cat({" - The journal ", done_, " is damaged"})
+                            : cat({" - There is no journal of a burn of ", image_.name()}));
+  }
+  return record;
+}
+
 void BurnJournal::unburn() {
-  const std::optional<BurnRecord> record = is_there(done_) ? load(done_) : std::nullopt;
-  if (!record) return files_.echo_fault(cat({" - There is no journal of a burn of ", image_.name()}));
+  const std::optional<BurnRecord> record = last();
+  if (!record) return;
   if (!record->describes(image_)) {
     return files_.echo_fault(cat({" - ", image_.name(), " has changed since its last burn: nothing is taken back"}));
   }
@@ -167,9 +178,10 @@ void BurnJournal::unburn() {
 void BurnJournal::tell() {
   if (is_there(under_way_)) {
     files_.echo({" - A burn of ", image_.name(), " was cut short: the next one puts the old bytes back first"});
+    if (!is_there(done_)) return;
   }
-  const std::optional<BurnRecord> record = is_there(done_) ? load(done_) : std::nullopt;
-  if (!record) return files_.echo({" - There is no journal of a burn of ", image_.name()});
+  const std::optional<BurnRecord> record = last();
+  if (!record) return;
   files_.echo({" - The last burn of ", image_.name(), " wrote ", record->written(), " bytes; ", lengths_text(*record)});
   for (const BurnRecord::Entry& entry : record->entries) {
     files_.echo({" - ", entry.label, " at ", position_text(entry.position), ", length ", entry.length});

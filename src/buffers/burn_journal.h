@@ -42,6 +42,7 @@ class BurnJournal {
 
  private:
   std::optional<BurnRecord> load(const std::string& path);
+  std::optional<BurnRecord> last();
   bool is_there(const std::string& path);
   void begin(const BurnRecord& record);
   void finish();

@@ -79,10 +79,12 @@ TEST_F(BurnJournalTest, IsWholeOrUndoneWhereverItBreaks) {
           session.machine.short_writes({});
           const std::string line = session.run("#kapop game.bin");
           const bool recovered = line.find("was cut short: the old bytes are back") != std::string::npos;
-          if (then == Breakdown::passes) EXPECT_EQ(at_once, told ? old : fresh) << "put back at once, and told";
-          if (then == Breakdown::passes) EXPECT_FALSE(recovered);
+          if (then == Breakdown::passes) {
+            EXPECT_EQ(at_once, told ? old : fresh) << "put back at once, and told";
+            EXPECT_FALSE(recovered);
+          }
           EXPECT_TRUE(image() == old || image() == fresh) << image();
-          if (!broke) EXPECT_EQ(image(), fresh);
+          EXPECT_TRUE(broke || image() == fresh);
           EXPECT_FALSE(is_there(kUnderWay));
           seen.old_image += image() == old ? 1 : 0;
           seen.new_image += image() == fresh ? 1 : 0;
