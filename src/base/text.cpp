@@ -54,6 +54,19 @@ int hex_digit(char c) {
   return c >= 'a' && c <= 'f' ? c - 'a' + 10 : -1;
 }
 
+std::vector<std::string_view> wrapped(std::string_view text, std::size_t width) {
+  std::vector<std::string_view> lines;
+  while (text.size() > width) {
+    std::size_t blank = text.rfind(' ', width);
+    if (blank == std::string_view::npos) blank = text.find(' ');
+    if (blank == std::string_view::npos) break;
+    lines.push_back(text.substr(0, blank));
+    text.remove_prefix(blank + 1);
+  }
+  if (!text.empty()) lines.push_back(text);
+  return lines;
+}
+
 void append_number(std::string& text, std::int64_t value) {
   text.append(Piece(value).text());
 }

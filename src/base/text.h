@@ -8,6 +8,7 @@
 #include <initializer_list>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace tidewright {
 
@@ -39,6 +40,9 @@ int hex_digit(char c);
 
 /// The decimal form of `value`, appended to `text`.
 void append_number(std::string& text, std::int64_t value);
+
+/// The lines of `text`, at most `width` characters each, broken at single blanks. A longer word has a line of its own.
+std::vector<std::string_view> wrapped(std::string_view text, std::size_t width);
 
 /// One part of a text made by cat(): a text, a character or a decimal number.
 class Piece {

@@ -38,6 +38,10 @@ class CmdList {
   /// its first description). curcmd becomes that record. Raises InvalidCall for a key that is not there.
   std::string item(std::string_view key, bool by_keyword);
 
+  /// What item() gives for a record: its keyword, or what an alias stands for, "$n" for each value of the script, and
+  /// its fixed parts behind ";".
+  static std::string template_of(const tCmd& command);
+
   /// The number of records.
   std::int32_t count() const { return static_cast<std::int32_t>(commands_.size()); }
 
@@ -82,7 +86,6 @@ class CmdList {
   friend class Plans;
 
   static std::string describe(const tCmd& command);
-  static std::string template_of(const tCmd& command);
   void file_under(Collection<std::size_t>& index, const std::string& key, const std::string& keyword);
   const tCmd& record(std::size_t position) const;
 

@@ -1,8 +1,9 @@
 // Control: the command processor. Every line, whatever its source, enters through `pending` and is run at once.
 //
-// control.cpp takes lines in and compiles code lines; directives.cpp finds directives in their table and carries out
-// the settings and the small ones; definitions.cpp loads command databases; data_lines.cpp writes labels, inline and
-// raw data; runs.cpp includes scripts and burns; conversions.cpp makes scripts of buffer files and images, and back.
+// control.cpp takes lines in and compiles code lines; directive_table.cpp lists the directives; directives.cpp finds
+// them there and carries out the settings and the small ones; help.cpp tells about them; definitions.cpp loads command
+// databases; data_lines.cpp writes labels, inline and raw data; runs.cpp includes scripts and burns; conversions.cpp
+// makes scripts of buffer files and images, and back.
 #pragma once
 
 #include <cstdint>
@@ -11,7 +12,9 @@
 #include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
+#include "processor/directive_help.h"
 #include "script/smart_string.h"
 #include "tables/text_table.h"
 
@@ -56,6 +59,9 @@ class Control {
   /// Carries out one directive: its text without the "#", and the line's comment.
   void ProcessDirective(const std::string& text, const std::string& comment);
 
+  /// The directives, in the order of a manual.
+  static std::vector<DirectiveHelp> directives();
+
  private:
   /// A directive on its way: its words (word 0 in any case), its text with file names in short form.
   struct Directive {
@@ -71,13 +77,20 @@ class Control {
     bool says(std::string_view word) const { return argument(1) == word; }
   };
 
-  /// A row of the directive table: its word, what carries it out, and what tells rows of one operation apart.
+  /// A row of the directive table: its word, what carries it out, what tells rows of one operation apart, and the help
+  /// for it (see DirectiveHelp).
   struct Row {
     std::string_view word;
     void (Control::*run)(Directive&, std::string_view detail);
     std::string_view detail = {};
+    std::string_view group = {};
+    std::string_view arguments = {};
+    std::string_view description = {};
+    std::string_view at_start = {};
   };
   static const Row kDirectives[];
+  static const Row* find_directive(std::string_view word);
+  static std::vector<std::string_view> directives_near(std::string_view word);
 
   // control.cpp
   void report(std::string_view description, int number);
@@ -110,6 +123,9 @@ class Control {
   void kableewy(Directive&, std::string_view);
   void exit(Directive&, std::string_view);
   void echo_setting(std::string_view name, bool on);
+
+  // help.cpp
+  void help(Directive&, std::string_view);
 
   // file_types.cpp
   void file_type(Directive&, std::string_view);

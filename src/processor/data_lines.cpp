@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "base/errors.h"
+#include "base/nearest.h"
 #include "base/numbers.h"
 #include "base/text.h"
 #include "processor/shared.h"
@@ -80,7 +81,8 @@ void Control::raw_data(Directive& directive, std::string_view /*detail*/) {
     const SmartNum num(shared_.bank);
     for (const std::string& word : words) {
       if (!is_hexadecimal(word)) {
-        raise(ErrorNumber::type_mismatch, cat({"\"", word, "\" is neither a directive nor hexadecimal data"}));
+        const std::string near = &word == words.data() ? did_you_mean(directives_near(word), "#") : "";
+        raise(ErrorNumber::type_mismatch, cat({"\"", word, "\" is neither a directive nor hexadecimal data", near}));
       }
       bytes += num.numberpush(word, 1);
     }

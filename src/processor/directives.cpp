@@ -1,6 +1,5 @@
-// The directive table, how a directive finds its row, and the directives that set something or do one small thing.
+// How a directive finds its row of the table, and the directives that set something or do one small thing.
 #include <algorithm>
-#include <iterator>
 
 #include "base/errors.h"
 #include "base/text.h"
@@ -29,64 +28,6 @@ void echo_report(FileHandle& files, std::string_view report) {
 
 }  // namespace
 
-constexpr Control::Row Control::kDirectives[] = {
-    {"do", &Control::nothing},
-    {"lock", &Control::lock, "on"},
-    {"unlock", &Control::lock, "off"},
-    {"install", &Control::install},
-    {"boot", &Control::boot},
-    {"codeset", &Control::codeset},
-    {"decode", &Control::decode},
-    {"rawdecode", &Control::rawdecode},
-    {"encode", &Control::encode},
-    {"dir", &Control::dos, "dir"},
-    {"cd", &Control::dos, "cd"},
-    {"cd..", &Control::dos, "cd.."},
-    {"file", &Control::file},
-    {"delete", &Control::dos, "delete"},
-    {"del", &Control::dos, "delete"},
-    {"rmdir", &Control::dos, "rmdir"},
-    {"rd", &Control::dos, "rmdir"},
-    {"mkdir", &Control::dos, "mkdir"},
-    {"md", &Control::dos, "mkdir"},
-    {"start", &Control::dos, "shell"},
-    {"run", &Control::dos, "shell"},
-    {"register", &Control::file_type},
-    {"unregister", &Control::unregister},
-    {"regext", &Control::own_file_type},
-    {"whoami", &Control::whoami},
-    {"fulllog", &Control::fulllog},
-    {"autopop", &Control::autopop},
-    {"silent", &Control::silent},
-    {"autobank", &Control::autobank},
-    {"autobuffer", &Control::autobuffer},
-    {"f.echo", &Control::f_echo},
-    {"include", &Control::include},
-    {"kacode", &Control::include},
-    {"endfile", &Control::endfile},
-    {"cls", &Control::cls},
-    {"kapoke", &Control::kapoke},
-    {"kapeek", &Control::kapeek},
-    {"kapop", &Control::kapop},
-    {"unburn", &Control::unburn},
-    {"burns", &Control::burns},
-    {"journal", &Control::journal},
-    {"kapow", &Control::kapow},
-    {"kapush", &Control::kapush},
-    {"kascript", &Control::kascript},
-    {"kableewy", &Control::kableewy},
-    {"exit", &Control::exit},
-    {"addtext", &Control::addtext, "text"},
-    {"addhash", &Control::addtext, "hash"},
-    {"addctrl", &Control::addtext, "ctrl"},
-    {"addcmmd", &Control::addcmmd},
-    {"alias", &Control::alias},
-    {"addparm", &Control::addparm},
-    {"define", &Control::define},
-    {"org", &Control::org},
-    {"inline", &Control::inline_data},
-};
-
 void Control::ProcessDirective(const std::string& text, const std::string& comment) {
   Directive directive;
   directive.text = text;
@@ -95,9 +36,8 @@ void Control::ProcessDirective(const std::string& text, const std::string& comme
   directive.words.kaSplit(directive.text, ' ');
   const std::string word = lowered(directive.words.values(0));
   if (word != "addparm") complete_definition();
-  const Row* const row = std::find_if(std::begin(kDirectives), std::end(kDirectives),
-                                      [&](const Row& candidate) { return candidate.word == word; });
-  if (row == std::end(kDirectives)) return raw_data(directive, {});
+  const Row* const row = find_directive(word);
+  if (row == nullptr) return raw_data(directive, {});
   (this->*row->run)(directive, row->detail);
 }
 

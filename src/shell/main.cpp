@@ -116,7 +116,7 @@ int main(int argc, char** argv) {
     return tidewright::kWrongUsage;
   }
   if (options.help) {
-    std::cout << tidewright::kUsage;
+    std::cout << tidewright::usage();
     return tidewright::kFine;
   }
   if (options.version) {

@@ -4,7 +4,9 @@
 
 namespace tidewright {
 
-const std::string_view kUsage =
+namespace {
+
+constexpr std::string_view kUsageHead =
     R"(Usage: tidewright [options] [line...]
 
 Compiles scripts of game data commands and burns them into an image file.
@@ -14,19 +16,40 @@ The words after the options are the first line of the session, for example
 Without a line it is a console: it prompts on a terminal, and runs the lines of
 standard input to its end elsewhere.
 
-  -r, --run FILE       run a script file before the line, as #include does; may
-                       be repeated
-  -i, --interactive    stay as a console after the line
-      --yes, --no      the answer of every yes/no question; without either it is
-                       asked on a terminal, and No elsewhere
-  -q, --quiet          nothing on standard output
-      --log-folder DIR where the session log goes, in place of the folder "log"
-                       beside the program
-      --help, --version
+)";
 
+constexpr std::string_view kUsageTail = R"(
 Exit status: 0; 1 when an error, a notice or a wrong command was shown; 2 for
 wrong usage.
 )";
+
+}  // namespace
+
+const std::vector<OptionHelp> kOptions = {
+    {"-r, --run FILE", "run a script file before the line, as #include does; may be repeated"},
+    {"-i, --interactive", "stay as a console after the line"},
+    {"--yes, --no", "the answer of every yes/no question; without either it is asked on a terminal, and No elsewhere"},
+    {"-q, --quiet", "nothing on standard output"},
+    {"--log-folder DIR", "where the session log goes, in place of the folder \"log\" beside the program"},
+    {"-h, --help", "this text; #help lists the directives"},
+    {"--version", "the program's version"},
+};
+
+std::string usage() {
+  constexpr std::size_t kColumn = 23;  // of the texts
+  constexpr std::size_t kWidth = 80;
+  std::string text(kUsageHead);
+  for (const OptionHelp& option : kOptions) {
+    const bool is_short = option.names[1] != '-';
+    std::string line = cat({is_short ? "  " : "      ", option.names});
+    for (const std::string_view piece : wrapped(option.text, kWidth - kColumn)) {
+      line.resize(kColumn, ' ');
+      text += cat({line, piece, "\n"});
+      line.clear();
+    }
+  }
+  return text.append(kUsageTail);
+}
 
 Options read_options(const std::vector<std::string>& arguments) {
   Options options;

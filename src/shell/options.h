@@ -23,7 +23,14 @@ struct Options {
 /// Reads the program's arguments, its name not among them. Options end at the first other word, or at "--".
 Options read_options(const std::vector<std::string>& arguments);
 
+/// What a person is told of an option: how it is written, and what it does.
+struct OptionHelp {
+  std::string_view names;
+  std::string_view text;
+};
+extern const std::vector<OptionHelp> kOptions;
+
 /// The text of --help.
-extern const std::string_view kUsage;
+std::string usage();
 
 }  // namespace tidewright
