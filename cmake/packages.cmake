@@ -10,6 +10,9 @@ function(layout component program_folder manual_folder)
   install(DIRECTORY base DESTINATION ${program_folder} COMPONENT ${component} ${ARGN})
   install(DIRECTORY docs DESTINATION ${manual_folder} COMPONENT ${component} ${ARGN}
     FILES_MATCHING PATTERN "*.md" PATTERN "*.png")
+  # The manual as HTML, where tools/manual.sh has made it.
+  install(DIRECTORY build/manual DESTINATION ${manual_folder} COMPONENT ${component} OPTIONAL ${ARGN})
+  install(DIRECTORY editors DESTINATION ${manual_folder} COMPONENT ${component} ${ARGN})
   # Not what somebody has burned or encoded there.
   install(DIRECTORY examples DESTINATION ${manual_folder} COMPONENT ${component} ${ARGN} USE_SOURCE_PERMISSIONS
     FILES_MATCHING PATTERN "*.md" PATTERN "*.psc" PATTERN "*.psh" PATTERN "*.sh")
@@ -28,6 +31,8 @@ else()
   # Parts of a system: the Debian package, and `cmake --install`.
   layout(system lib/tidewright share/doc/tidewright)
   install(FILES LICENSE DESTINATION share/doc/tidewright COMPONENT system RENAME copyright)
+  install(FILES ${CMAKE_BINARY_DIR}/tidewright.1.gz DESTINATION share/man/man1 COMPONENT system)
+  install(FILES editors/tidewright.bash DESTINATION share/bash-completion/completions COMPONENT system RENAME tidewright)
   # The program follows the link to its own folder.
   install(CODE "file(MAKE_DIRECTORY \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/bin\")
     file(CREATE_LINK ../lib/tidewright/tidewright \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/bin/tidewright\" SYMBOLIC)"

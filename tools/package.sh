@@ -11,6 +11,8 @@ need ninja ninja-build
 need g++ g++
 need x86_64-w64-mingw32-g++-posix g++-mingw-w64-x86-64-posix
 need dpkg-deb dpkg
+need groff groff-base
+need gzip gzip
 
 readonly largest_window=3000000 # bytes
 readonly system_libraries='advapi32|comctl32|comdlg32|gdi32|kernel32|msvcrt|ole32|shell32|user32|uxtheme'
@@ -40,10 +42,13 @@ rm -rf "$packages"
 for preset in release windows; do
   echo "== build $preset"
   targets=(tidewright)
-  [ "$preset" = release ] || targets+=(tidewrightc)
+  if [ "$preset" = release ]; then targets+=(man_page); else targets+=(tidewrightc); fi
   quietly cmake --preset "$preset"
   quietly cmake --build --preset "$preset" --target "${targets[@]}"
 done
+
+echo "== manual"
+quietly tools/manual.sh
 
 echo "== package"
 for folder in build build/windows; do quietly cpack --config "$folder/CPackConfig.cmake"; done
@@ -92,7 +97,8 @@ logs() {
 mkdir "$work/archive"
 (cd "$work/archive" && cmake -E tar xf "$archive")
 unpacked=$work/archive/tidewright-$version-linux-x86_64
-contents "$unpacked" tidewright base/includes.psh examples/harbour/main.psc README.md docs/language.md LICENSE
+contents "$unpacked" tidewright base/includes.psh examples/harbour/main.psc README.md docs/language.md LICENSE \
+  manual/index.html editors/tidewright.bash
 [ "$("$unpacked/tidewright" --version)" = "tidewright $version" ] || fail "$archive holds another version"
 burn "$unpacked/examples/harbour" "$unpacked/tidewright"
 [ "$(logs "$unpacked/log")" -eq 1 ] || fail "$archive: no session log beside the program"
@@ -106,7 +112,10 @@ chmod 777 "$work/state"
 anybody=()
 [ "$(id -u)" -ne 0 ] || anybody=(setpriv --reuid 65534 --regid 65534 --clear-groups)
 manual=$work/deb/usr/share/doc/tidewright
-contents "$manual" README.md docs/language.md copyright
+contents "$manual" README.md docs/language.md copyright manual/index.html editors/vim
+contents "$work/deb/usr/share" man/man1/tidewright.1.gz bash-completion/completions/tidewright
+warnings=$(zcat "$work/deb/usr/share/man/man1/tidewright.1.gz" | groff -man -Tutf8 -ww -z 2>&1)
+[ -z "$warnings" ] || fail "the man page: $warnings"
 [ "$(readlink "$work/deb/usr/bin/tidewright")" = ../lib/tidewright/tidewright ] || fail "$deb: the link is wrong"
 burn "$manual/examples/harbour" "${anybody[@]}" env XDG_STATE_HOME="$work/state/new" "$work/deb/usr/bin/tidewright"
 [ "$(logs "$work/state/new/tidewright/log")" -eq 1 ] || fail "$deb: no session log in the state folder"
@@ -119,7 +128,7 @@ mkdir "$work/windows"
 (cd "$work/windows" && cmake -E tar xf "$windows")
 unpacked=$work/windows/tidewright-$version-windows
 contents "$unpacked" tidewright.exe tidewrightc.exe base/includes.psh examples/harbour/main.psc README.md docs/language.md \
-  LICENSE
+  LICENSE manual/index.html manual/window.png editors/vscode/package.json
 cmp "$unpacked/examples/harbour/harbour.bin" "$work/before.bin" || fail "$windows: another image than the example's"
 for name in tidewright tidewrightc; do
   libraries=$(x86_64-w64-mingw32-objdump -p "$unpacked/$name.exe" | sed -n 's/^[[:space:]]*DLL Name: //p')

@@ -10,6 +10,9 @@ import sys
 ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
 FILES = {
     "markdown": "docs/directives.md",
+    "bash": "editors/tidewright.bash",
+    "vim": "editors/vim/syntax/tidewright.vim",
+    "textmate": "editors/vscode/tidewright.tmLanguage.json",
 }
 
 

@@ -13,6 +13,7 @@ need as binutils
 need 64tass 64tass
 need python3 python3
 need xxd xxd
+need pandoc pandoc
 need_file '/usr/lib/llvm-*/lib/clang/*/lib/linux/libclang_rt.asan-*.a' 'libclang-rt-dev'
 need_file '/usr/include/gtest/gtest.h' libgtest-dev
 

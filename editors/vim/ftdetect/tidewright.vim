@@ -1,0 +1,1 @@
+autocmd BufRead,BufNewFile *.psc,*.psh setfiletype tidewright
