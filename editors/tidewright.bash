@@ -2,7 +2,7 @@
 
 # made by tools/pages.py
 _tidewright_options='-r --run -i --interactive --yes --no -q --quiet --log-folder -h --help --version'
-_tidewright_directives='addcmmd addctrl addhash addparm addtext alias autobank autobuffer autopop binary boot cd cd.. cls codeset decode define del delete dir do encode endfile exit f.echo file fulllog help include inline install kableewy kacode kapeek kapoke kapop kapow kapush kascript lock md mkdir move org raw rawdecode rd regext register rmdir run silent start unlock unregister whoami'
+_tidewright_directives='addcmmd addctrl addhash addparm addtext alias autobank autobuffer autopop binary boot burns cd cd.. cls codeset decode define del delete dir do encode endfile exit f.echo file fulllog help include inline install journal kableewy kacode kapeek kapoke kapop kapow kapush kascript lock md mkdir move org raw rawdecode rd regext register rmdir run silent start unburn unlock unregister whoami'
 # end
 
 # Arguments, as bash gives them: the program, the text before the cursor without its opening quote, the word before it.

@@ -17,7 +17,7 @@ syntax match tidewrightName /"[^"]*"/
 syntax match tidewrightData /\%(^\|;\)\s*\zs\%(#\|&h\)\%(0x\)\=\x\+\%([[:blank:]]\+\%(0x\|&h\)\=\x\+\)*\ze\s*\%([;'=]\|$\)/
 
 " made by tools/pages.py
-syntax match tidewrightDirective /\c\%(#\|&h\)\%(whoami\|unregister\|unlock\|start\|silent\|run\|rmdir\|register\|regext\|rd\|rawdecode\|raw\|org\|move\|mkdir\|md\|lock\|kascript\|kapush\|kapow\|kapop\|kapoke\|kapeek\|kacode\|kableewy\|install\|inline\|include\|help\|fulllog\|file\|f\.echo\|exit\|endfile\|encode\|do\|dir\|delete\|del\|define\|decode\|codeset\|cls\|cd\.\.\|cd\|boot\|binary\|autopop\|autobuffer\|autobank\|alias\|addtext\|addparm\|addhash\|addctrl\|addcmmd\)\ze\%([ \t;'=]\|$\)/
+syntax match tidewrightDirective /\c\%(#\|&h\)\%(whoami\|unregister\|unlock\|unburn\|start\|silent\|run\|rmdir\|register\|regext\|rd\|rawdecode\|raw\|org\|move\|mkdir\|md\|lock\|kascript\|kapush\|kapow\|kapop\|kapoke\|kapeek\|kacode\|kableewy\|journal\|install\|inline\|include\|help\|fulllog\|file\|f\.echo\|exit\|endfile\|encode\|do\|dir\|delete\|del\|define\|decode\|codeset\|cls\|cd\.\.\|cd\|burns\|boot\|binary\|autopop\|autobuffer\|autobank\|alias\|addtext\|addparm\|addhash\|addctrl\|addcmmd\)\ze\%([ \t;'=]\|$\)/
 " end
 
 syntax match tidewrightLabel /\%(\%(#\|&h\)org[[:blank:]]\+\)\@<=[^[:blank:];,'"]\+/
