@@ -60,7 +60,9 @@ class DataFile {
   void cut(std::int64_t length);
   bool at_end();
 
-  /// Gives the bytes written to the platform.
+  /// Whether bytes were written that the platform has not been given yet.
+  bool has_waiting() const { return !write_buffer_.empty(); }
+  /// Gives them to the platform.
   void flush();
   /// Waits until everything written is on the disk.
   void sync();

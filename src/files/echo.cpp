@@ -14,6 +14,9 @@ namespace {
 constexpr std::size_t kConsoleLimit = 10000;
 constexpr std::size_t kConsoleKept = 8000;
 
+// The console is told after as many messages that work is under way: a small part of a millisecond's.
+constexpr std::int64_t kMessagesBetween = 256;
+
 std::string formatted(const std::tm& time, const char* pattern) {
   char text[32];
   return {text, std::strftime(text, sizeof text, pattern, &time)};
@@ -82,6 +85,7 @@ void FileHandle::write_log(std::initializer_list<Piece> pieces) {
   const int marks = std::max(lowest_free_number() - 2, 0);
   try {
     log->write(kMarks.substr(0, static_cast<std::size_t>(marks)), pieces, kLineEnd);
+    if (++messages_ % kMessagesBetween == 0 && console_ != nullptr) console_->working(*this);
   } catch (const RuntimeError&) {
     // A message is never worth an error: the console has the line.
   }
@@ -90,6 +94,18 @@ void FileHandle::write_log(std::initializer_list<Piece> pieces) {
 void FileHandle::echo_fault(std::string_view text) {
   troubled_ = true;
   echo(text);
+}
+
+std::string FileHandle::standing() {
+  if (level_ == kLogFile || !files_[static_cast<std::size_t>(level_)]) return {};
+  const auto kilobytes = [](std::int64_t bytes) { return (bytes + 1023) / 1024; };
+  DataFile& file = data_file();
+  std::string text = file.name();
+  if (file.lines_read() > 0) text += cat({":", file.lines_read()});
+  text += cat({", ", kilobytes(file.position())});
+  // Asking for the length would write what waits to be written.
+  if (!file.has_waiting()) text += cat({" of ", kilobytes(file.length())});
+  return text + cat({" KB, ", messages_, " messages"});
 }
 
 void FileHandle::cls() {

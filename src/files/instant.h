@@ -6,6 +6,8 @@
 
 namespace tidewright {
 
+class FileHandle;
+
 /// The console window. Its text is a rolling view of the session; the session log keeps everything.
 class Instant {
  public:
@@ -27,6 +29,10 @@ class Instant {
 
   /// Asked before each line that runs: false when the session is to end. A window lets the person at it have a say.
   virtual bool go_on() { return true; }
+
+  /// Told behind every few hundred messages, hidden or not, so that long work can show how far it is: see
+  /// FileHandle::standing().
+  virtual void working(FileHandle& /*files*/) {}
 };
 
 }  // namespace tidewright

@@ -9,7 +9,7 @@
 
 namespace tidewright {
 
-enum class MenuItem { database, decode, encode, source, exit, select_all };
+enum class MenuItem { database, decode, encode, source, exit, select_all, help };
 
 /// What a person, or another start of the program, does with the window. Called on the one thread, from run(),
 /// process_waiting() and while a box is open.
@@ -35,6 +35,9 @@ class Window {
   /// The caret's 0-based place in the text.
   virtual std::size_t caret() = 0;
   virtual void caret_to_end() = 0;
+
+  /// What stands behind the window's name in its caption; empty for nothing.
+  virtual void note(std::string_view text) = 0;
 
   virtual bool visible() const = 0;
   virtual void visible(bool visible) = 0;

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "base/text.h"
+#include "files/file_handle.h"
 #include "processor/control.h"
 
 namespace tidewright {
@@ -31,7 +32,15 @@ bool InstantWindow::go_on() {
   return !end_wanted_;
 }
 
-// A long run shows how far it is, and listens.
+void InstantWindow::working(FileHandle& files) {
+  const std::int64_t now = window_.milliseconds();
+  if (!busy_ || now < note_again_) return;
+  note_again_ = now + kLongWork;
+  window_.note(files.standing());
+  noted_ = true;
+}
+
+// A long run shows where it is, and listens.
 void InstantWindow::breathe() {
   if (!busy_ || window_.milliseconds() < show_again_) return;
   flush();
@@ -51,12 +60,14 @@ void InstantWindow::work_off() {
       waiting_.pop_front();
       // A person may have typed since.
       if (!changed_) text_ = window_.text();
+      note_again_ = window_.milliseconds() + kLongWork;
       work();
     }
   } catch (const ExitProgram&) {
     end_wanted_ = true;
   }
   busy_ = false;
+  if (std::exchange(noted_, false)) window_.note("");
   flush();
   if (end_wanted_) window_.end();
 }

@@ -18,6 +18,8 @@ class InstantWindow : public Instant, public WindowEvents {
   /// for the window more than a small share of its time.
   static constexpr std::int64_t kMillisecondsBetween = 30;
   static constexpr std::int64_t kShare = 10;
+  /// Work that takes longer is noted in the caption, as often.
+  static constexpr std::int64_t kLongWork = 500;
 
   explicit InstantWindow(Window& window) : window_(window) {}
 
@@ -39,6 +41,7 @@ class InstantWindow : public Instant, public WindowEvents {
   void text(std::string text) override;
   void flush() override;
   bool go_on() override;
+  void working(FileHandle& files) override;
 
   // WindowEvents
   void enter() override;
@@ -57,6 +60,8 @@ class InstantWindow : public Instant, public WindowEvents {
   std::string text_;
   bool changed_ = false;         // the box does not show it yet
   std::int64_t show_again_ = 0;  // milliseconds
+  std::int64_t note_again_ = 0;  // the same
+  bool noted_ = false;
   bool busy_ = false;
   bool end_wanted_ = false;  // the window was closed while lines ran
   std::deque<std::function<void()>> waiting_;

@@ -29,7 +29,7 @@ void run_console(Shared& shared, bool is_terminal) {
   std::string line;
   bool first = true;
   while (true) {
-    if (std::cin.rdbuf()->in_avail() <= 0) shared.file_handle.flush_output();
+    if (is_terminal || std::cin.rdbuf()->in_avail() <= 0) shared.file_handle.flush_output();
     if (is_terminal) std::cerr << "> " << std::flush;
     if (!std::getline(std::cin, line)) break;
     if (first && line.starts_with("\xEF\xBB\xBF")) line.erase(0, 3);
@@ -92,7 +92,8 @@ std::unique_ptr<Shared> open_session(const Options& options, const Host& host, I
 
 int run(const char* command, const Options& options) {
   NativeMachine machine(command);
-  TerminalConsole console(std::cout, NativeMachine::is_terminal(Stream::output));
+  StatusLine status(std::cerr, NativeMachine::is_terminal(Stream::error));
+  TerminalConsole console(std::cout, NativeMachine::is_terminal(Stream::output), status);
   console.Visible(!options.quiet);
   TerminalUser user(std::cin, NativeMachine::is_terminal(Stream::input), std::cerr, options.answer);
   const Host host = machine.host(user);

@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "base/text.h"
+#include "files/names.h"
 
 namespace tidewright {
 namespace {
@@ -33,6 +34,14 @@ void load_database(Shared& shared) {
   shared.instant.add(cat({"Loaded Database ", name}));
 }
 
+// The manual stands beside the program, as the packages bring it.
+void open_manual(Shared& shared) {
+  const Host& host = shared.file_handle.host();
+  const std::string page = joined(host.files, joined(host.files, host.program.folder(), "manual"), "index.html");
+  if (host.files.find(page)) return host.desktop.open_document(page);
+  shared.file_handle.message_box(cat({"The manual is not there: ", page}));
+}
+
 }  // namespace
 
 void run_menu(Shared& shared, MenuItem item) {
@@ -54,6 +63,8 @@ void run_menu(Shared& shared, MenuItem item) {
     }
     case MenuItem::exit:
       throw ExitProgram{};
+    case MenuItem::help:
+      return open_manual(shared);
     case MenuItem::select_all:
       return;
   }

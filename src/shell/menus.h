@@ -1,4 +1,4 @@
-// What the menus of the window do: each asks for a file and runs a line.
+// What the menus of the window do: most ask for a file and run a line.
 #pragma once
 
 #include "platform/window.h"

@@ -2,8 +2,10 @@
 
 #include <istream>
 #include <ostream>
+#include <utility>
 
 #include "base/text.h"
+#include "files/file_handle.h"
 #include "shell/visible.h"
 
 namespace tidewright {
@@ -14,13 +16,42 @@ constexpr std::size_t kManyWaiting = 65536;
 // Clears the screen and its scroll-back, and goes home.
 constexpr std::string_view kClearScreen = "\x1B[2J\x1B[3J\x1B[H";
 
+constexpr std::chrono::milliseconds kLongWork{500};
+constexpr std::chrono::milliseconds kBetweenStatuses{100};
+
+// A line too long for the terminal is cut by it, since wrapping is off meanwhile.
+constexpr std::string_view kStartOfStatus = "\r\x1B[K\x1B[?7l";
+constexpr std::string_view kEndOfStatus = "\x1B[?7h";
+constexpr std::string_view kNoStatus = "\r\x1B[K";
+
 }  // namespace
+
+void StatusLine::working(FileHandle& files) {
+  if (!is_terminal_) return;
+  const Time now = std::chrono::steady_clock::now();
+  if (!show_again_) show_again_ = now + kLongWork;
+  if (now < *show_again_) return;
+  show_again_ = now + kBetweenStatuses;
+  std::string text(kStartOfStatus);
+  append_visible(text, files.standing());
+  error_ << text << kEndOfStatus << std::flush;
+  shown_ = true;
+}
+
+void StatusLine::clear() {
+  if (std::exchange(shown_, false)) error_ << kNoStatus << std::flush;
+}
+
+void StatusLine::done() {
+  clear();
+  show_again_.reset();
+}
 
 void TerminalConsole::add(std::string_view text) {
   text_.append(kLineEnd).append(text);
   append_visible(waiting_, text);
   waiting_ += '\n';
-  if (waiting_.size() >= kManyWaiting) flush();
+  if (waiting_.size() >= kManyWaiting) write_waiting();
 }
 
 void TerminalConsole::text(std::string text) {
@@ -29,6 +60,12 @@ void TerminalConsole::text(std::string text) {
 }
 
 void TerminalConsole::flush() {
+  status_.done();
+  write_waiting();
+}
+
+void TerminalConsole::write_waiting() {
+  status_.clear();
   output_ << waiting_ << std::flush;
   waiting_.clear();
 }

@@ -6,6 +6,7 @@ import shutil
 import subprocess
 import sys
 import tempfile
+import time
 import unittest
 
 PROGRAM = os.path.abspath(sys.argv.pop(1))
@@ -212,6 +213,30 @@ class Terminal(unittest.TestCase):
                 self.assertEqual(ended.returncode, 0 if wanted else 1, ended.stderr)
                 self.assertEqual(b"The session log cannot be opened in " in ended.stderr, wanted is None)
                 shutil.rmtree(home)
+
+    def test_long_work_shows_on_a_terminal_how_far_it_is(self):
+        lines = 20000
+        while True:  # until it is long work for this machine
+            self.write("long.psc", "#boot\n" + "walk 1\n" * lines + "// done\n")
+            begun = time.monotonic()
+            self.assertEqual(self.start("-q", "-r", "long.psc", "#do"), (0, "", ""))
+            if time.monotonic() - begun > 2:
+                break
+            lines *= 2
+        main, other = pty.openpty()
+        command = [PROGRAM, "--log-folder", os.path.join(self.root, "shown"), "-q", "-r", "long.psc", "#do"]
+        process = subprocess.Popen(command, cwd=self.folder, stdin=subprocess.DEVNULL, stderr=other)
+        os.close(other)
+        shown = b""
+        try:
+            while more := os.read(main, 65536):
+                shown += more
+        except OSError:
+            pass  # the other end is closed
+        os.close(main)
+        self.assertEqual(process.wait(60), 0)
+        self.assertRegex(shown, rb"long\.psc:\d+, \d+ of \d+ KB, \d+ messages")
+        self.assertTrue(shown.endswith(b"\r\x1b[K"), "taken away at the end")
 
     def test_a_terminal_asks(self):
         main, other = pty.openpty()

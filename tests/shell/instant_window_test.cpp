@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "processor/control.h"
+#include "tests/session.h"
 
 namespace tidewright {
 namespace {
@@ -20,6 +21,7 @@ class FakeWindow : public Window {
   }
   std::size_t caret() override { return place; }
   void caret_to_end() override { place = box.size(); }
+  void note(std::string_view text) override { notes.emplace_back(text); }
   bool visible() const override { return true; }
   void visible(bool /*visible*/) override {}
   void process_waiting() override {
@@ -33,6 +35,7 @@ class FakeWindow : public Window {
   std::string box;
   std::size_t place = 0;
   int paintings = 0;
+  std::vector<std::string> notes;
   std::int64_t now = 0;
   std::int64_t cost = 0;  // of showing a text, in milliseconds
   bool ended = false;
@@ -103,6 +106,26 @@ TEST_F(InstantWindowTest, PaintsNowAndThenWhileLinesRun) {
   window.cost = 10;
   console.handed_over("slow to show");
   EXPECT_EQ(window.paintings, 3 + 1) << "every 100 milliseconds";
+}
+
+TEST_F(InstantWindowTest, NotesInItsCaptionHowFarLongWorkIs) {
+  Session session;
+  session.machine.add_file("/desk/long.psc", "one\ntwo\n");
+  FileHandle& files = session.shared->file_handle;
+  std::string name = "long.psc";
+  std::string mode = "input";
+  files.OpenFile(name, mode);
+  files.getdata("line");
+  work = [&] {
+    for (int i = 0; i < 12; ++i) {
+      window.now += InstantWindow::kLongWork / 10;
+      console.working(files);
+    }
+  };
+  console.handed_over("long");
+  ASSERT_EQ(window.notes.size(), 2U);
+  EXPECT_TRUE(window.notes[0].starts_with("long.psc:1, 1 of 1 KB, ")) << window.notes[0];
+  EXPECT_EQ(window.notes[1], "");
 }
 
 TEST_F(InstantWindowTest, ClosesAtOnceOrBehindTheLineThatRuns) {

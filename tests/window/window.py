@@ -24,7 +24,7 @@ BM_CLICK, EM_GETSEL, EM_SETSEL = 0xF5, 0xB0, 0xB1
 SW_MINIMIZE = 6
 BACKSPACE, RETURN = 8, 13
 IDOK, IDCANCEL, IDYES, IDNO = 1, 2, 6, 7
-MENU_DATABASE, MENU_DECODE, MENU_ENCODE, MENU_SOURCE, MENU_EXIT, MENU_SELECT_ALL = range(101, 107)
+MENU_DATABASE, MENU_DECODE, MENU_ENCODE, MENU_SOURCE, MENU_EXIT, MENU_SELECT_ALL, MENU_HELP = range(101, 108)
 
 
 def escaped(text):
@@ -204,7 +204,7 @@ class WindowCase(unittest.TestCase):
     def open(self, line=""):
         """Starts the program and waits for its window; without a line, also for the banner, which #boot would clear."""
         self.process = self.begin(line)
-        self.frame = self.until(lambda: [one for one in self.windows() if one[3] == CAPTION], "the window")[0][0]
+        self.frame = self.until(lambda: [one for one in self.windows() if one[3].startswith(CAPTION)], "the window")[0][0]
         self.box = self.ask("child", self.frame, "EDIT")[0]
         if not line:
             self.until(lambda: self.text().startswith(BANNER), "the banner")
@@ -413,6 +413,8 @@ class Runs(WindowCase):
         self.write_long(8000000)  # many times longer than it takes to see and close it
         self.open("#include long.psc")
         self.until(lambda: "walk" in self.text(), "progress shown")
+        self.until(lambda: self.ask("text", self.frame)[0].startswith(CAPTION + " - long.psc:"), "progress in the caption")
+        self.assertEqual(self.ended(self.begin()), 0)  # another start finds the window all the same
         self.ask("post", self.frame, WM_CLOSE, 0, 0)
         self.assertEqual(self.ended(), 0)
         log = self.log()
@@ -486,6 +488,18 @@ class Boxes(WindowCase):
         self.logged(" my own base")
         shown = "Loaded Database " + self.windows_folder + "\\my base\\includes.psh"
         self.until(lambda: shown in self.text(), "the path shown")
+
+    def test_the_manual_menu(self):
+        self.open()
+        self.menu(MENU_HELP)
+        box = self.until(lambda: [one for one in self.windows() if one[2] == "#32770"], "the box")[0][0]
+        self.assertIn("The manual is not there: " + self.windows_folder + "\\manual\\index.html", self.texts(box))
+        self.press(box, IDOK)
+        # Here it is a text that Notepad opens.
+        self.desktop.run("wine", "reg", "add", "HKCU\\Software\\Classes\\.html", "/ve", "/d", "txtfile", "/f")
+        self.write("manual/index.html", "the manual")
+        self.menu(MENU_HELP)
+        self.until(lambda: [one for one in self.windows() if "index" in one[3] and "Notepad" in one[3]], "Notepad")
 
     def test_a_cancelled_menu_does_nothing(self):
         self.open()

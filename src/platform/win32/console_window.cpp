@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "base/errors.h"
+#include "base/text.h"
 #include "platform/native_window.h"
 #include "platform/win32/resource.h"
 #include "platform/win32/win32_user.h"
@@ -12,8 +13,8 @@
 namespace tidewright {
 namespace {
 
-constexpr char kClass[] = "TidewrightInstant";
-constexpr char kCaption[] = "(LOG) Instant";  // by which a second start finds the window
+constexpr char kClass[] = "TidewrightInstant";  // by which a second start finds the window
+constexpr char kCaption[] = "(LOG) Instant";
 constexpr char kMutex[] = "Local\\TidewrightInstant";
 constexpr char kRegistryKey[] = "Software\\Tidewright";
 constexpr char kPlaceValue[] = "Window";
@@ -31,6 +32,7 @@ constexpr std::array kChoices{
     Choice{TW_DATABASE, MenuItem::database}, Choice{TW_DECODE, MenuItem::decode},
     Choice{TW_ENCODE, MenuItem::encode},     Choice{TW_SOURCE, MenuItem::source},
     Choice{TW_EXIT, MenuItem::exit},         Choice{TW_SELECT_ALL, MenuItem::select_all},
+    Choice{TW_HELP, MenuItem::help},
 };
 
 // What the box shows of a text: a NUL would end it, and a lone line end would show as nothing.
@@ -170,6 +172,11 @@ void ConsoleWindow::dispatch(MSG& message) {
   if (keys_ != nullptr && TranslateAcceleratorA(frame_, keys_, &message) != 0) return;
   TranslateMessage(&message);
   DispatchMessageA(&message);
+}
+
+void ConsoleWindow::note(std::string_view text) {
+  const std::string caption = cat({kCaption, text.empty() ? "" : " - ", showable(text)});
+  SetWindowTextA(frame_, caption.c_str());
 }
 
 void ConsoleWindow::process_waiting() {
@@ -342,7 +349,7 @@ void NativeWindow::hand_over(const std::string& line) {
   HWND window = nullptr;
   for (int i = 0; i < kHandOverTries && window == nullptr; ++i) {
     if (i > 0) Sleep(100);
-    window = FindWindowA(kClass, kCaption);
+    window = FindWindowA(kClass, nullptr);
   }
   if (window == nullptr) {
     return Win32User().message_box("Tidewright runs already, but its window does not appear.");

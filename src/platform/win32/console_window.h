@@ -23,6 +23,7 @@ class ConsoleWindow : public Window {
   void text(std::string_view text) override;
   std::size_t caret() override;
   void caret_to_end() override;
+  void note(std::string_view text) override;
   bool visible() const override { return visible_; }
   void visible(bool visible) override;
   void process_waiting() override;

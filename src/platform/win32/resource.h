@@ -9,3 +9,4 @@
 #define TW_SOURCE 104
 #define TW_EXIT 105
 #define TW_SELECT_ALL 106
+#define TW_HELP 107
