@@ -43,11 +43,8 @@ void CmdList::add() {
 }
 
 void CmdList::file_under(Collection<std::size_t>& index, const std::string& key, const std::string& keyword) {
-  try {
-    index.add(key, commands_.size());
-  } catch (const RuntimeError&) {
-    files_->echo({"Duplicate Entry: ", keyword});
-  }
+  if (index.find(key) != nullptr) return files_->echo({"Duplicate Entry: ", keyword});
+  index.add(key, commands_.size());
 }
 
 std::string CmdList::describe(const tCmd& command) {

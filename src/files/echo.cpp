@@ -26,9 +26,9 @@ std::string formatted(const std::tm& time, const char* pattern) {
 
 FileHandle::FileHandle(const Host& host, const std::string& log_folder) : host_(host) {
   try {
-    host_.files.make_folder(log_folder);
+    if (!host_.files.find(log_folder)) host_.files.make_folder(log_folder);
   } catch (const RuntimeError&) {
-    // It is there already, most often; where it cannot be made, opening the log says so.
+    // Where it cannot be made, opening the log says so.
   }
   const std::tm now = host_.clock.now();
   const std::string path =
