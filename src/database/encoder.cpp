@@ -1,6 +1,7 @@
 #include "database/encoder.h"
 
 #include <algorithm>
+#include <unordered_set>
 
 #include "base/errors.h"
 #include "base/numbers.h"
@@ -79,12 +80,11 @@ const tCmd* Encoder::look_up() {
 }
 
 const tCmd* Encoder::end_of_chain(const tCmd* command) {
-  std::vector<const tCmd*> seen;
+  std::unordered_set<const tCmd*> seen;
   while (command != nullptr && command->alias()) {
-    if (std::find(seen.begin(), seen.end(), command) != seen.end()) {
+    if (!seen.insert(command).second) {
       raise(ErrorNumber::invalid_call, cat({"the alias ", command->keyword(), " comes back to itself"}));
     }
-    seen.push_back(command);
     echo({lineno_, ": Code Alias"});
     follow_alias(*command);
     command = look_up();
