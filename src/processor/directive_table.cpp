@@ -27,8 +27,7 @@ constexpr Control::Row Control::kDirectives[] = {
      "written. The image must exist. Without FILE it is the file set by #file; without that, the user is asked."},
     {"unburn", &Control::unburn, "", kBurning, "[FILE]",
      "Takes back the last burn of the image FILE. The bytes that stood there before are put back, and the file gets "
-     "its "
-     "former length, unless it has changed since. Without FILE it is the file set by #file."},
+     "its former length, unless it has changed since. Without FILE it is the file set by #file."},
     {"burns", &Control::burns, "", kBurning, "[FILE]",
      "Tells what the last burn of the image FILE wrote. Its labels, places and lengths are in the journal beside it."},
     {"kapush", &Control::kapush, "", kBurning, "NAME OFFSET",

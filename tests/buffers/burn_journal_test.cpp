@@ -50,54 +50,67 @@ struct Outcomes {
 };
 
 TEST_F(BurnJournalTest, IsWholeOrUndoneWhereverItBreaks) {
-  for (const std::size_t length : {std::size_t{32}, std::size_t{64}}) {
-    const std::string old(length, '.');
+  struct Case {
+    std::size_t length;
+    Breakdown then;
+    std::optional<std::size_t> most_per_write;
+    bool power_fails;
+  };
+  constexpr std::optional<std::size_t> kAll;
+  std::mt19937 chance(5);
+  for (const Case& c : std::initializer_list<Case>{{32, Breakdown::passes, kAll, false},
+                                                   {64, Breakdown::passes, 3, false},
+                                                   {64, Breakdown::lasts, kAll, false},
+                                                   {32, Breakdown::lasts, 3, false},
+                                                   {64, Breakdown::stops, 3, false},
+                                                   {32, Breakdown::stops, kAll, false},
+                                                   {32, Breakdown::stops, 3, true},
+                                                   {64, Breakdown::stops, kAll, true},
+                                                   {64, Breakdown::stops, 3, true}}) {
+    const std::string old(c.length, '.');
     const std::string fresh = burned(old);
     ASSERT_NE(fresh, old);
-    for (const Breakdown then : {Breakdown::passes, Breakdown::lasts, Breakdown::stops}) {
-      for (const std::optional<std::size_t> most : {std::optional<std::size_t>(), std::optional<std::size_t>(3)}) {
-        Outcomes seen;
-        bool broke = true;
-        for (std::size_t step = 0; broke; ++step) {
-          SCOPED_TRACE(testing::Message() << length << " bytes, kind " << static_cast<int>(then) << ", step " << step);
-          start();
-          session.machine.add_file(kImage, old);
-          compile();
-          session.machine.short_writes(most);
-          session.machine.break_after(step, then);
-          bool stopped = false;
-          try {
-            session.run("#kapop game.bin");
-          } catch (const MachineStopped&) {
-            stopped = true;
-          }
-          broke = session.machine.broke();
-          ASSERT_EQ(stopped, broke && then == Breakdown::stops);
-          const bool told = session.shared->file_handle.troubled();
-          const std::string at_once = image();
-          start();
-          session.machine.short_writes({});
-          const std::string line = session.run("#kapop game.bin");
-          const bool recovered = line.find("was cut short: the old bytes are back") != std::string::npos;
-          if (then == Breakdown::passes) {
-            EXPECT_EQ(at_once, told ? old : fresh) << "put back at once, and told";
-            EXPECT_FALSE(recovered);
-          }
-          EXPECT_TRUE(image() == old || image() == fresh) << image();
-          EXPECT_TRUE(broke || image() == fresh);
-          EXPECT_FALSE(is_there(kUnderWay));
-          seen.old_image += image() == old ? 1 : 0;
-          seen.new_image += image() == fresh ? 1 : 0;
-          seen.recovered += recovered ? 1 : 0;
-          if (image() == fresh) session.run("#unburn game.bin");
-          EXPECT_EQ(image(), old);
-          ASSERT_LT(step, 1000U);
-        }
-        EXPECT_GT(seen.old_image, 5);
-        EXPECT_GE(seen.new_image, 1);
-        EXPECT_EQ(seen.recovered > 2, then != Breakdown::passes);
+    Outcomes seen;
+    bool broke = true;
+    for (std::size_t step = 0; broke; ++step) {
+      SCOPED_TRACE(testing::Message() << c.length << " bytes, kind " << static_cast<int>(c.then) << ", step " << step);
+      start();
+      session.machine.add_file(kImage, old);
+      compile();
+      session.machine.short_writes(c.most_per_write);
+      session.machine.break_after(step, c.then);
+      bool stopped = false;
+      try {
+        session.run("#kapop game.bin");
+      } catch (const MachineStopped&) {
+        stopped = true;
       }
+      broke = session.machine.broke();
+      ASSERT_EQ(stopped, broke && c.then == Breakdown::stops);
+      const bool told = session.shared->file_handle.troubled();
+      const std::string at_once = image();
+      if (c.power_fails) session.machine.lose_power(chance);
+      start();
+      session.machine.short_writes({});
+      const std::string line = session.run("#kapop game.bin");
+      const bool recovered = line.find("was cut short: the old bytes are back") != std::string::npos;
+      if (c.then == Breakdown::passes) {
+        EXPECT_EQ(at_once, told ? old : fresh) << "put back at once, and told";
+        EXPECT_FALSE(recovered);
+      }
+      EXPECT_TRUE(image() == old || image() == fresh) << image();
+      EXPECT_TRUE(broke || image() == fresh) << line << at_once << image();
+      EXPECT_FALSE(is_there(kUnderWay));
+      seen.old_image += image() == old ? 1 : 0;
+      seen.new_image += image() == fresh ? 1 : 0;
+      seen.recovered += recovered ? 1 : 0;
+      if (image() == fresh) session.run("#unburn game.bin");
+      EXPECT_EQ(image(), old);
+      ASSERT_LT(step, 1000U);
     }
+    EXPECT_GT(seen.old_image, 5);
+    EXPECT_GE(seen.new_image, 1);
+    EXPECT_EQ(seen.recovered > 2, c.then != Breakdown::passes);
   }
 }
 

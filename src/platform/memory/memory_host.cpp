@@ -83,8 +83,8 @@ class MemoryFile final : public File {
     if (faults_.happens(path_)) bytes.resize(static_cast<std::size_t>(length));
   }
   void sync() override {
-    open_node();
-    faults_.happens(path_);
+    MemoryNode& node = open_node();
+    if (faults_.happens(path_)) node.on_disk = node.bytes;
   }
   bool lock() override { return !faults_.locked.contains(key_); }
   void close() override { node_.reset(); }
@@ -475,7 +475,27 @@ void MemoryFiles::add_file(const std::string& path, std::string_view bytes) {
   add_folder(parent(place.whole));
   MemoryNode* node = at(place.whole);
   if (node == nullptr) node = &insert(place.whole, kNormal);
-  node->bytes = bytes;
+  node->on_disk = node->bytes = bytes;
+  nodes_on_disk_ = nodes_;
+}
+
+void MemoryFiles::lose_power(std::mt19937& chance) {
+  constexpr std::size_t kPiece = 8;  // far smaller than what a disk writes at once
+  const auto lost = [&chance] { return chance() % 2 == 0; };
+  if (lost()) nodes_ = nodes_on_disk_;
+  for (const auto& [key, node] : nodes_) {
+    if (!windows_) node->name = last_part(key);  // that of a file replaced since
+    std::string& bytes = node->bytes;
+    const std::string written = bytes;
+    bytes.resize((lost() ? node->on_disk : written).size());
+    for (std::size_t at = 0; at < bytes.size(); at += kPiece) {
+      const std::string& piece = lost() ? node->on_disk : written;
+      for (std::size_t i = at; i < std::min(at + kPiece, bytes.size()); ++i)
+        bytes[i] = i < piece.size() ? piece[i] : '\0';
+    }
+    node->on_disk = bytes;
+  }
+  nodes_on_disk_ = nodes_;
 }
 
 const MemoryNode& MemoryFiles::file(const std::string& path) const {

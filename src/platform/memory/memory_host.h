@@ -7,6 +7,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <random>
 #include <set>
 #include <string>
 #include <string_view>
@@ -27,6 +28,7 @@ struct MemoryNode {
   std::string short_name;  // empty in the posix style
   int attributes = kNormal;
   std::string bytes;
+  std::string on_disk;  // what would survive a loss of power: the bytes at the last sync()
 };
 
 /// What happens at the change that no longer succeeds: it alone fails, it and all behind it fail (device_io), or the
@@ -75,7 +77,9 @@ class MemoryFiles final : public Files {
   void remove_file(const std::string& path) override;
   /// The same holds for both files that are replaced.
   void replace_file(const std::string& from, const std::string& to) override;
-  void sync_names(const std::string& path) override { faults_.happens(path); }
+  void sync_names(const std::string& path) override {
+    if (faults_.happens(path)) nodes_on_disk_ = nodes_;
+  }
   std::string whole_path(const std::string& path) override;
   /// The path in the shape that was given, each of its names in short form.
   std::string short_name(const std::string& path) override;
@@ -87,6 +91,7 @@ class MemoryFiles final : public Files {
   const MemoryNode& file(const std::string& path) const;
   bool exists(const std::string& path) const;
   void set_attributes(const std::string& path, int attributes);
+  void lose_power(std::mt19937& chance);
   MemoryFaults& faults() { return faults_; }
   /// The form of `path` by which faults are kept.
   std::string fault_key(const std::string& path) const;
@@ -126,6 +131,7 @@ class MemoryFiles final : public Files {
   char drive_;                           // the current one; NUL in the posix style
   std::map<char, std::string> current_;  // by drive, once a folder of it was entered
   std::map<std::string, std::shared_ptr<MemoryNode>> nodes_;
+  std::map<std::string, std::shared_ptr<MemoryNode>> nodes_on_disk_;  // at the last sync_names()
   MemoryFaults faults_;
 };
 
@@ -264,6 +270,9 @@ class MemoryMachine {
   }
   /// Whether a change failed so, since then.
   bool broke() { return files_.faults().broken; }
+  /// What the program did not wait for (File::sync, Files::sync_names) may be lost: all names that changed, or none; of
+  /// each file any part. What a test prepared stays.
+  void lose_power(std::mt19937& chance) { files_.lose_power(chance); }
   /// Whether another program has taken this file.
   void lock(const std::string& path, bool on = true) { turn(files_.faults().locked, path, on); }
   /// Reading from this file raises device_io, also when it is open already.
