@@ -496,7 +496,7 @@ class Boxes(WindowCase):
         self.assertIn("The manual is not there: " + self.windows_folder + "\\manual\\index.html", self.texts(box))
         self.press(box, IDOK)
         # Here it is a text that Notepad opens.
-        self.desktop.run("wine", "reg", "add", "HKCU\\Software\\Classes\\.html", "/ve", "/d", "txtfile", "/f")
+        self.desktop.run("wine", "reg", "add", "HKLM\\Software\\Classes\\.html", "/ve", "/d", "txtfile", "/f")
         self.write("manual/index.html", "the manual")
         self.menu(MENU_HELP)
         self.until(lambda: [one for one in self.windows() if "index" in one[3] and "Notepad" in one[3]], "Notepad")
