@@ -124,7 +124,10 @@ class Clock {
 class Desktop {
  public:
   virtual ~Desktop() = default;
+  /// Opens a document with its own program, out of the way: its window is minimised, where there is such a thing.
   virtual void open_document(const std::string& path) = 0;
+  /// The same in front, for a person who wants to read it now.
+  virtual void show_document(const std::string& path) = 0;
   virtual void start_program(const std::string& command) = 0;
   /// Opens a text in the platform's plain editor.
   virtual void edit_text(const std::string& path) = 0;

@@ -38,7 +38,7 @@ void load_database(Shared& shared) {
 void open_manual(Shared& shared) {
   const Host& host = shared.file_handle.host();
   const std::string page = joined(host.files, joined(host.files, host.program.folder(), "manual"), "index.html");
-  if (host.files.find(page)) return host.desktop.open_document(page);
+  if (host.files.find(page)) return host.desktop.show_document(page);
   shared.file_handle.message_box(cat({"The manual is not there: ", page}));
 }
 

@@ -499,7 +499,8 @@ class Boxes(WindowCase):
         self.desktop.run("wine", "reg", "add", "HKLM\\Software\\Classes\\.html", "/ve", "/d", "txtfile", "/f")
         self.write("manual/index.html", "the manual")
         self.menu(MENU_HELP)
-        self.until(lambda: [one for one in self.windows() if "index" in one[3] and "Notepad" in one[3]], "Notepad")
+        page = self.until(lambda: [one for one in self.windows() if "index" in one[3] and "Notepad" in one[3]], "Notepad")
+        self.until(lambda: self.ask("state", page[0][0]) == ["visible front "], "the manual in front")
 
     def test_a_cancelled_menu_does_nothing(self):
         self.open()

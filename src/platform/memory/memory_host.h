@@ -162,6 +162,7 @@ class MemoryClock final : public Clock {
 class MemoryDesktop final : public Desktop {
  public:
   void open_document(const std::string& path) override { opened.push_back(path); }
+  void show_document(const std::string& path) override { opened.push_back(path); }
   void start_program(const std::string& command) override { started.push_back(command); }
   void edit_text(const std::string& path) override { started.push_back("notepad.exe " + path); }
 

@@ -64,6 +64,7 @@ class PosixClock final : public Clock {
 class PosixDesktop final : public Desktop {
  public:
   void open_document(const std::string& path) override;
+  void show_document(const std::string& path) override { open_document(path); }
   /// `command` is a line for /bin/sh.
   void start_program(const std::string& command) override;
   void edit_text(const std::string& path) override { open_document(path); }

@@ -281,6 +281,11 @@ void remember_current_folder() {
   if (has_drive(folder)) ::SetEnvironmentVariableA(cat({"=", upper(folder[0]), ":"}).c_str(), folder.c_str());
 }
 
+void open_as(const std::string& path, int state) {
+  if (path.find('\0') != std::string::npos) return;
+  ::ShellExecuteA(nullptr, "open", path.c_str(), nullptr, nullptr, state);
+}
+
 }  // namespace
 
 std::unique_ptr<File> Win32Files::open(const std::string& path, Access access, const std::string& called) {
@@ -465,8 +470,11 @@ std::tm Win32Clock::now() {
 }
 
 void Win32Desktop::open_document(const std::string& path) {
-  if (path.find('\0') != std::string::npos) return;
-  ::ShellExecuteA(nullptr, "open", path.c_str(), nullptr, nullptr, SW_FORCEMINIMIZE);
+  open_as(path, SW_FORCEMINIMIZE);
+}
+
+void Win32Desktop::show_document(const std::string& path) {
+  open_as(path, SW_SHOWNORMAL);
 }
 
 void Win32Desktop::start_program(const std::string& command) {

@@ -67,6 +67,7 @@ class Win32Clock final : public Clock {
 class Win32Desktop final : public Desktop {
  public:
   void open_document(const std::string& path) override;
+  void show_document(const std::string& path) override;
   /// `command` is a command line: a program, with or without its folder, and what it is given.
   void start_program(const std::string& command) override;
   void edit_text(const std::string& path) override { start_program("notepad.exe " + path); }
