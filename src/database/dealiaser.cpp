@@ -49,6 +49,16 @@ const tCmd* end_of(CmdList& list, std::vector<std::string>& tokens, const tCmd* 
   }
 }
 
+// The number that is all of `word`; nothing where there is none, or one that no value can be.
+std::optional<double> number_of(std::string_view word) {
+  try {
+    const NumberPrefix number = number_prefix(word);
+    if (number.length > 0 && number.length == word.size()) return number.value;
+  } catch (const RuntimeError&) {
+  }
+  return {};
+}
+
 // The form of an alias whose phrase becomes these tokens; nothing where a value gets lost.
 std::optional<AliasForm> form_of(const std::vector<std::string>& phrase, const std::vector<std::string>& tokens) {
   AliasForm form;
@@ -58,7 +68,7 @@ std::optional<AliasForm> form_of(const std::vector<std::string>& phrase, const s
     slots += slot_of(token) >= 0 ? 1 : 0;
   }
   for (std::size_t i = 1; i < tokens.size(); ++i) {
-    form.command.push_back({tokens[i], slot_of(tokens[i])});
+    form.command.push_back({tokens[i], slot_of(tokens[i]), number_of(tokens[i])});
     slots -= slot_of(tokens[i]) >= 0 ? 1 : 0;
     form.fixed_parts += slot_of(tokens[i]) < 0 ? 1 : 0;
   }
@@ -66,13 +76,20 @@ std::optional<AliasForm> form_of(const std::vector<std::string>& phrase, const s
   return form;
 }
 
+// A value of a decoded command, looked at once for all forms.
+struct DecodedValue {
+  const std::string& text;
+  std::string_view name;         // of the registered pointer that it refers to
+  std::optional<double> number;  // that is all of it
+};
+
 // Whether a fixed word of an alias encodes as the decoded value beside it does.
-bool same_value(std::string_view word, std::string_view value, std::string_view name) {
-  if (value.starts_with('$')) return !name.empty() && same_text(SmartNum::pointer_name(word), name);
-  const NumberPrefix number = number_prefix(word);
-  if (number.length == 0 || number.length != word.size() || number.value != Val(value)) return false;
+bool same_value(const AliasForm::Part& fixed, const DecodedValue& value) {
+  const std::string_view word = fixed.word;
+  if (value.text.starts_with('$')) return !value.name.empty() && same_text(SmartNum::pointer_name(word), value.name);
+  if (!fixed.number || fixed.number != value.number) return false;
   // Of a number with too many digits the leading ones would be kept.
-  return !word.starts_with("&h") || !value.starts_with("&h") || word.size() <= value.size();
+  return !word.starts_with("&h") || !value.text.starts_with("&h") || word.size() <= value.text.size();
 }
 
 // Whether the phrase, run through a script, still becomes the command: a name that is no value makes another phrase of
@@ -144,18 +161,21 @@ std::string Dealiaser::phrase_for(CmdList& list, const std::vector<std::string>&
                                   const Surroundings& around) const {
   const auto forms = forms_.find(tokens[0]);
   if (forms == forms_.end()) return "";
+  std::vector<DecodedValue> decoded;
+  for (std::size_t i = 1; i < tokens.size(); ++i) {
+    decoded.push_back({tokens[i], referred_name(tokens[i], around.pointers), number_of(tokens[i])});
+  }
   std::vector<const std::string*> values;
   for (const AliasForm& form : forms->second) {
-    if (form.command.size() + 1 != tokens.size()) continue;
+    if (form.command.size() != decoded.size()) continue;
     values.assign(tokens.size(), nullptr);
     bool fits = true;
     for (std::size_t i = 0; i < form.command.size() && fits; ++i) {
       const AliasForm::Part& part = form.command[i];
-      const std::string& value = tokens[i + 1];
       if (part.slot >= 0) {
-        values[static_cast<std::size_t>(part.slot)] = &value;
+        values[static_cast<std::size_t>(part.slot)] = &decoded[i].text;
       } else {
-        fits = same_value(part.word, value, referred_name(value, around.pointers));
+        fits = same_value(part, decoded[i]);
       }
     }
     if (!fits) continue;

@@ -1,6 +1,7 @@
 // Writes decoded commands as the alias phrases that stand for them.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
@@ -18,6 +19,7 @@ struct AliasForm {
   struct Part {
     std::string word;
     int slot = -1;
+    std::optional<double> number = {};  // of a word that is one as a whole
   };
   std::vector<Part> phrase;   // the alias as a script writes it
   std::vector<Part> command;  // the values of the command it stands for
