@@ -61,7 +61,7 @@ class DataFile {
   bool at_end();
 
   /// Whether bytes were written that the platform has not been given yet.
-  bool has_waiting() const { return !write_buffer_.empty(); }
+  bool has_waiting() const { return unflushed_ > 0; }
   /// Gives them to the platform.
   void flush();
   /// Waits until everything written is on the disk.
