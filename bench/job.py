@@ -153,8 +153,9 @@ class Job:
         command = [program, "-q", "--yes", "--log-folder", "logs", "#boot; " + line]
         return Way(self.folder, [command], writes, empties)
 
-    def burn(self, program):
-        return self.tidewright(program, "#include main.psc; #kapop game.bin", empties=["game.bin"])
+    def burn(self, program, journal="on"):
+        line = f"#journal {journal}; #include main.psc; #kapop game.bin"
+        return self.tidewright(program, line, ["game.bin.burn"], ["game.bin"])
 
     def gnu(self, way):
         commands = [
