@@ -10,8 +10,9 @@
 namespace tidewright {
 namespace {
 
-constexpr std::size_t kBlock = 1000;  // of an image, decoded at a time
-constexpr int kIndent = 4;            // of the echoed contents of a section
+constexpr std::size_t kBlock = 1000;        // of an image, decoded at a time
+constexpr std::size_t kMostOfLine = 65536;  // bytes of a text without an end that one line says
+constexpr int kIndent = 4;                  // of the echoed contents of a section
 constexpr std::string_view kRawLine = "#raw ";
 constexpr std::string_view kInlineLine = "#inline ";
 constexpr std::string_view kRecordWarning = "RECORDS NOT IMPLIMENTED. Assumed RAW data";
@@ -143,7 +144,7 @@ std::string Decompiler::texts(const Chunk& chunk) {
   std::string lines;
   std::size_t at = 0;
   do {
-    const std::size_t length = o_.texts.length_of_text(chunk.bytes.substr(at));
+    const std::size_t length = std::min(o_.texts.length_of_text(chunk.bytes.substr(at)), kMostOfLine);
     const bool whole = at + length <= limit;
     if (at > 0 && !whole) break;
     // The first line makes the chunk one of text, even where nothing of it is.

@@ -50,14 +50,20 @@ int DataFile::get() {
   return byte;
 }
 
+void DataFile::refuse_too_long(std::string_view line) {
+  if (line.size() > kLongestLine) raise(ErrorNumber::overflow, cat({"a line of more than ", kLongestLine, " bytes"}));
+}
+
 void DataFile::read_line(std::string& line) {
   line.clear();
   if (!fill()) raise(ErrorNumber::input_past_end, name_);
+  const bool first = lines_read_++ == 0;
   do {
     const std::string_view left = std::string_view(read_buffer_).substr(read_at_);
     const std::size_t feed = left.find('\n');
     const std::size_t end = std::min(feed, left.substr(0, feed).find('\r'));
     line.append(left.substr(0, end));
+    refuse_too_long(line);
     if (end != std::string_view::npos) {
       read_at_ += end;
       if (get() == '\r' && peek() == '\n') get();
@@ -66,7 +72,7 @@ void DataFile::read_line(std::string& line) {
     read_at_ = read_buffer_.size();
   } while (fill());
   // Editors mark UTF-8 texts with these three bytes; they are no part of the first line.
-  if (lines_read_++ == 0 && line.starts_with("\xEF\xBB\xBF")) line.erase(0, 3);
+  if (first && line.starts_with("\xEF\xBB\xBF")) line.erase(0, 3);
 }
 
 std::string DataFile::read(std::size_t size) {

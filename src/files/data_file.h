@@ -39,7 +39,14 @@ class DataFile {
   /// Physical text lines read so far: the number of the line last read, 1-based.
   std::int32_t lines_read() const { return lines_read_; }
 
-  /// Reads a text line without its end (CR LF, LF or CR; the last line needs none) into `line`. Raises InputPastEnd.
+  /// The longest line of a text, in bytes without its end. What is no text has none, and must not fill the memory.
+  static constexpr std::size_t kLongestLine = std::size_t{1} << 20;
+
+  /// Raises Overflow for a line longer than that.
+  static void refuse_too_long(std::string_view line);
+
+  /// Reads a text line without its end (CR LF, LF or CR; the last line needs none) into `line`. Raises InputPastEnd,
+  /// and Overflow for a line that is too long.
   void read_line(std::string& line);
 
   /// Reads `size` bytes; those beyond the end of the file read as zero.

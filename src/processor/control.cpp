@@ -27,7 +27,10 @@ Control::Control(Shared& shared) : shared_(shared) {
 }
 
 void Control::pending(std::string line) {
-  guarded([&] { KaCode(line); });
+  guarded([&] {
+    DataFile::refuse_too_long(line);
+    KaCode(line);
+  });
 }
 
 std::string Control::clear_pendng() {

@@ -23,15 +23,26 @@ constexpr int kWrongUsage = 2;
 constexpr std::string_view kBanner =
     "WELCOME TO TIDEWRIGHT\r\nMade by the Tidewright authors.\r\nLines run as you type them; #exit ends.";
 
-// Runs the lines of standard input to its end. Output is brought up to date whenever the next line has to be waited
-// for.
+// Reads a line without its end; false at the end of the input. Of one that is too long only so much that this shows.
+bool read_line(std::streambuf& input, std::string& line) {
+  constexpr int kEnd = std::char_traits<char>::eof();
+  constexpr std::size_t kMost = DataFile::kLongestLine + 5;  // of these, a byte order mark and a carriage return go
+  line.clear();
+  int c = input.sbumpc();
+  if (c == kEnd) return false;
+  for (; c != kEnd && c != '\n' && line.size() < kMost; c = input.sbumpc()) line += static_cast<char>(c);
+  return true;
+}
+
+// Runs the lines of standard input to its end, or to a line that is too long, whose rest must not be run. Output is
+// brought up to date whenever the next line has to be waited for.
 void run_console(Shared& shared, bool is_terminal) {
   std::string line;
   bool first = true;
-  while (true) {
+  while (line.size() <= DataFile::kLongestLine) {
     if (is_terminal || std::cin.rdbuf()->in_avail() <= 0) shared.file_handle.flush_output();
     if (is_terminal) std::cerr << "> " << std::flush;
-    if (!std::getline(std::cin, line)) break;
+    if (!read_line(*std::cin.rdbuf(), line)) break;
     if (first && line.starts_with("\xEF\xBB\xBF")) line.erase(0, 3);
     first = false;
     if (line.ends_with('\r')) line.pop_back();

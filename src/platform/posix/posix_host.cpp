@@ -199,13 +199,16 @@ void start_detached(std::vector<std::string> words) {
 std::unique_ptr<File> PosixFiles::open(const std::string& path, Access access, const std::string& called) {
   const char* name = native(path);
   int descriptor = -1;
-  do descriptor = ::open(name, open_flags(access) | O_CLOEXEC | O_NOCTTY, kFileMode);
+  // Without O_NONBLOCK opening a pipe would wait for somebody at its other end; files do not mind.
+  do descriptor = ::open(name, open_flags(access) | O_CLOEXEC | O_NOCTTY | O_NONBLOCK, kFileMode);
   while (descriptor < 0 && errno == EINTR);
   if (descriptor < 0) raise_errno(errno, called);
   auto file = std::make_unique<PosixFile>(descriptor, called);
   struct stat status {};
   if (::fstat(descriptor, &status) != 0) raise_errno(errno, called);
   if (S_ISDIR(status.st_mode)) raise_errno(EISDIR, called);
+  // Devices and pipes have no end, no length and no place to go back to.
+  if (!S_ISREG(status.st_mode)) raise(ErrorNumber::path_access, cat({called, " (not a file but a device or a pipe)"}));
   return file;
 }
 

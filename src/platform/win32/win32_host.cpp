@@ -237,10 +237,7 @@ class Win32File final : public File {
 
   /// Cuts the file to nothing.
   void clear() {
-    if (::SetEndOfFile(handle_) != 0) return;
-    const DWORD error = ::GetLastError();
-    // What has no length, like the device NUL, is empty as it is.
-    if (::GetFileType(handle_) == FILE_TYPE_DISK) raise_system(error, path_);
+    if (::SetEndOfFile(handle_) == 0) raise_system(::GetLastError(), path_);
   }
 
  private:
@@ -297,6 +294,10 @@ std::unique_ptr<File> Win32Files::open(const std::string& path, Access access, c
                     nullptr, writing ? OPEN_ALWAYS : OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
   if (handle == INVALID_HANDLE_VALUE) raise_file_error(::GetLastError(), path, called);
   auto file = std::make_unique<Win32File>(handle, called, writing);
+  // Devices and pipes have no end, no length and no place to go back to.
+  if (::GetFileType(handle) != FILE_TYPE_DISK) {
+    raise(ErrorNumber::path_access, cat({called, " (not a file but a device or a pipe)"}));
+  }
   if (access == Access::create) file->clear();
   return file;
 }

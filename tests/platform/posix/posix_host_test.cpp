@@ -43,8 +43,13 @@ class Environment {
 TEST(PosixFiles, MapsWhatTheSystemRefuses) {
   TemporaryFolder folder;
   PosixFiles files;
-  const std::unique_ptr<File> full = files.open("/dev/full", Access::update);
-  EXPECT_EQ(error_of([&] { full->write("x"); }, "/dev/full"), 61);
+  // Opening a pipe would wait for somebody at its other end, and a device has no end.
+  ASSERT_EQ(::mkfifo("pipe", 0600), 0);
+  for (const char* const name : {"pipe", "/dev/full", "/dev/zero"}) {
+    EXPECT_EQ(error_of([&] { files.open(name, Access::read); }, name), 75);
+    EXPECT_EQ(error_of([&] { files.open(name, Access::update); }, name), 75);
+  }
+  files.remove_file("pipe");
 
   put(files, "locked", "x");
   ASSERT_EQ(::chmod("locked", 0444), 0);

@@ -76,6 +76,7 @@ TEST(Win32Files, GiveBackEveryHandle) {
   EXPECT_TRUE(files.find("sub/a"));
   EXPECT_EQ(files.whole_path("sub/a"), folder.path() + "\\sub\\a");
   EXPECT_EQ(error_of([&] { files.open("sub", Access::read); }), 75);
+  EXPECT_EQ(error_of([&] { files.open("NUL", Access::update); }), 75) << "a device";
   const std::unique_ptr<File> file = files.open("sub/a", Access::read);
   EXPECT_EQ(error_of([&] { files.remove_file("sub/a"); }), 70);
   file->close();
