@@ -14,6 +14,7 @@ namespace {
 constexpr std::size_t kPointerSize = kPointerPlaceholder.size();
 constexpr std::size_t kBytesPerLine = 16;  // of data
 constexpr int kDeepestBind = 256;
+constexpr std::string_view kBareMark = "$";  // a name that a command takes, and no "#inline" line
 
 void separate(std::string& output) {
   if (!output.empty()) output += "; ";
@@ -314,7 +315,7 @@ void Decoder::write_data(std::size_t from, std::size_t to, std::string& output, 
        next != registered.end() && next->position < to; ++next) {
     if (next->position < written || next->position + kPointerSize > to) {
       list_.files_->echo_fault(cat({" - The pointer ", next->name, " stands in something else and is lost"}));
-    } else if (!is_number(next->name) && !is_writable_name(next->name)) {
+    } else if (!is_number(next->name) && (next->name == kBareMark || !is_writable_name(next->name))) {
       list_.files_->echo_fault(cat({" - No script can say the name of the pointer ", next->name, ", which is lost"}));
     } else {
       write_raw(bytes_.substr(written, next->position - written), output);

@@ -139,6 +139,8 @@ TEST(Decode, TakesForDataWhatEncodingWouldNotGive) {
        {// A choice that is none, or one of two; what a mask hides; a bind to nothing, or without an end.
         "0D 04 -> #raw &h0D &h04|", "0E 01 -> #raw &h0E &h01|", "0F 0F 00 -> #raw &h0F &h0F; stop|",
         "18 01 -> #raw &h18 &h01|", "17 01 02 -> #raw &h17 &h01 &h02|",
+        // A name that only a command can take.
+        "77 <$> -> #raw &h77 &h21 &h50 &h54 &h52|", "0A <$> -> call $2|2,3",
         // Fixed bytes and pointers that differ.
         "12 12 35 12 02 00 01 00 66 55 44 33 22 11 -> #raw &h12 &h12 &h35 &h12 &h02; stop; #raw &h01; stop; #raw &h66 "
         "&h55 &h44 &h33 &h22 &h11|",
