@@ -476,7 +476,7 @@ void MemoryFiles::add_file(const std::string& path, std::string_view bytes) {
   MemoryNode* node = at(place.whole);
   if (node == nullptr) node = &insert(place.whole, kNormal);
   node->on_disk = node->bytes = bytes;
-  nodes_on_disk_ = nodes_;
+  keep_names();
 }
 
 void MemoryFiles::lose_power(std::mt19937& chance) {
@@ -484,7 +484,7 @@ void MemoryFiles::lose_power(std::mt19937& chance) {
   const auto lost = [&chance] { return chance() % 2 == 0; };
   if (lost()) nodes_ = nodes_on_disk_;
   for (const auto& [key, node] : nodes_) {
-    if (!windows_) node->name = last_part(key);  // that of a file replaced since
+    node->name = last_part(key);  // that of a file replaced since
     std::string& bytes = node->bytes;
     const std::string written = bytes;
     bytes.resize((lost() ? node->on_disk : written).size());
@@ -495,7 +495,7 @@ void MemoryFiles::lose_power(std::mt19937& chance) {
     }
     node->on_disk = bytes;
   }
-  nodes_on_disk_ = nodes_;
+  keep_names();
 }
 
 const MemoryNode& MemoryFiles::file(const std::string& path) const {

@@ -78,7 +78,7 @@ class MemoryFiles final : public Files {
   /// The same holds for both files that are replaced.
   void replace_file(const std::string& from, const std::string& to) override;
   void sync_names(const std::string& path) override {
-    if (faults_.happens(path)) nodes_on_disk_ = nodes_;
+    if (faults_.happens(path)) keep_names();
   }
   std::string whole_path(const std::string& path) override;
   /// The path in the shape that was given, each of its names in short form.
@@ -91,6 +91,7 @@ class MemoryFiles final : public Files {
   const MemoryNode& file(const std::string& path) const;
   bool exists(const std::string& path) const;
   void set_attributes(const std::string& path, int attributes);
+  /// In the posix style only.
   void lose_power(std::mt19937& chance);
   MemoryFaults& faults() { return faults_; }
   /// The form of `path` by which faults are kept.
@@ -126,6 +127,11 @@ class MemoryFiles final : public Files {
   void refuse_denied(const Place& place, const std::string& path) const;
   std::string removable(const Place& place, const std::string& path) const;
   [[noreturn]] void raise_missing(const Place& place, const std::string& path, ErrorNumber missing) const;
+
+  // In the windows style who holds a node has the file open.
+  void keep_names() {
+    if (!windows_) nodes_on_disk_ = nodes_;
+  }
 
   bool windows_;
   char drive_;                           // the current one; NUL in the posix style
