@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Installs what the benchmarks lack, builds the program and them, and prints their figures: the stations of a line's
-# road one by one, then the whole program against the GNU assembler, linker and objcopy on the same 120,000 lines, and the
-# way back: decoding the image and the buffer file of these lines.
+# road one by one, then the whole program on 120,000 lines, there and back, each figure beside its peer or its floor (the
+# GNU assembler, linker and objcopy; cat) and beside its aim.
 # With --job only the second; further arguments go to bench/figures.py. No figure makes this fail; unequal images do.
 set -euo pipefail
 cd "$(dirname "$0")/.."

@@ -23,6 +23,12 @@ bool same_text(std::string_view a, std::string_view b) {
 void replace_all(std::string& text, std::string_view from, std::string_view to) {
   std::size_t found = text.find(from);
   if (found == std::string::npos) return;
+  if (from.size() == to.size()) {
+    for (; found != std::string::npos; found = text.find(from, found + from.size())) {
+      to.copy(text.data() + found, to.size());
+    }
+    return;
+  }
   std::string result;
   result.reserve(text.size());
   std::size_t start = 0;

@@ -38,11 +38,13 @@ std::string in_lines(std::string commands) {
 void Decompiler::KaScript() {
   FileBuffer& buffers = o_.buffers;
   std::string script = cat({"//", buffers.bytes(FileBuffer::kTextBuffer)});
+  bool has_sections = false;
   for (int k = 0; k < FileBuffer::kLabelSets; ++k) {
     if (buffers.bytes(k).empty() && buffers.count(k) == 0 && buffers.placed_pointers(k).empty()) continue;
     script += sections_of(k);
-    replace_all(script, "&h", "0x");
+    has_sections = true;
   }
+  if (has_sections) replace_all(script, "&h", "0x");
   buffers.buffer(FileBuffer::kTextBuffer, std::move(script));
 }
 
