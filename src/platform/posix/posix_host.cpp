@@ -94,8 +94,7 @@ class PosixFile final : public File {
   }
 
   void sync() override {
-    // EINVAL: a device that has no disk behind it.
-    if (::fsync(descriptor_) != 0 && errno != EINVAL && errno != EROFS) raise_errno(errno, path_);
+    if (::fsync(descriptor_) != 0) raise_errno(errno, path_);
   }
 
   // Every other failure means that files of this kind, or on this file system, cannot be locked.

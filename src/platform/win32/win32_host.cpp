@@ -216,10 +216,7 @@ class Win32File final : public File {
   }
 
   void sync() override {
-    if (::FlushFileBuffers(handle_) != 0) return;
-    const DWORD error = ::GetLastError();
-    // What is no file has no disk behind it.
-    if (::GetFileType(handle_) == FILE_TYPE_DISK) raise_system(error, path_);
+    if (::FlushFileBuffers(handle_) == 0) raise_system(::GetLastError(), path_);
   }
 
   bool lock() override {
