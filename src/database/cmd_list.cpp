@@ -112,8 +112,14 @@ void CmdList::Remove(std::string_view key) {
 }
 
 std::string CmdList::encode(std::string& code, std::string& extra, std::int16_t lineno) {
-  current_ = 0;
-  return Encoder(*this, lineno).encode(code, extra);
+  Encoder encoder(*this);
+  if (!encoder.encode(code, lineno)) {
+    extra = encoder.fault();
+    return "";
+  }
+  code = encoder.bytes();
+  extra = encoder.pointers();
+  return encoder.value_list();
 }
 
 Decoded CmdList::decode(std::string& data, std::string& text, bool raw, const Surroundings& around) {

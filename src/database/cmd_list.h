@@ -100,10 +100,9 @@ class CmdList {
   tCmd none_;
   tCmd newcmd_;
   std::vector<tCmd> commands_;
-  Collection<std::size_t> codes_;          // 1-based positions in commands_
-  Collection<std::size_t> keywords_;       // the same
-  bool has_phrases_ = false;               // some keyword has several words
-  std::vector<std::string> spare_tokens_;  // lent to each Encoder for their memory
+  Collection<std::size_t> codes_;     // 1-based positions in commands_
+  Collection<std::size_t> keywords_;  // the same
+  bool has_phrases_ = false;          // some keyword has several words
   tCmd placeholder_;
   std::shared_ptr<Plans> plans_;                // for decoding, made when first wanted; gone with every change
   std::shared_ptr<const Dealiaser> dealiaser_;  // the same

@@ -39,29 +39,45 @@ void Encoder::echo(std::initializer_list<Piece> pieces) const {
   if (!silent_) list_.files_->echo(pieces);
 }
 
-std::string Encoder::encode(std::string& code, std::string& extra) {
+// Forgets the line before.
+void Encoder::begin() {
+  next_ = 1;
+  reached_ = 1;
+  depth_ = 0;
+  value_list_.clear();
+  bytes_.clear();
+  pointers_.clear();
+  fault_.clear();
+}
+
+bool Encoder::encode(std::string_view code, std::int16_t lineno) {
+  begin();
+  lineno_ = lineno;
+  silent_ = false;
+  list_.current_ = 0;
   split(code, ' ', tokens_);
   try {
-    const tCmd* const command = end_of_chain(look_up());
-    if (command == nullptr) {
-      list_.files_->echo_fault(cat({"Invalid Command : ", tokens_[0]}));
-      extra = "no such command";
-      return "";
-    }
-    echo({lineno_, ": Code Command - ", command->keyword(), " [", hex(command->bytecode()), "] "});
-    append_number(value_list_, command->bytecode());
-    bytes_ = static_cast<char>(command->bytecode());
-    walk(*command);
-    tell_unused(*command);
-    echo({" -> ", value_list_});
+    encode_tokens();
   } catch (const RuntimeError& error) {
     list_.files_->echo_fault(cat({"Invald Command :", reached_ < tokens_.size() ? tokens_[reached_] : ""}));
-    extra = error.description;
-    return "";
+    fault_ = error.description;
   }
-  code = std::move(bytes_);
-  extra = std::move(pointers_);
-  return std::move(value_list_);
+  return fault_.empty();
+}
+
+void Encoder::encode_tokens() {
+  const tCmd* const command = end_of_chain(look_up());
+  if (command == nullptr) {
+    list_.files_->echo_fault(cat({"Invalid Command : ", tokens_[0]}));
+    fault_ = "no such command";
+    return;
+  }
+  echo({lineno_, ": Code Command - ", command->keyword(), " [", hex(command->bytecode()), "] "});
+  append_number(value_list_, command->bytecode());
+  bytes_ += static_cast<char>(command->bytecode());
+  walk(*command);
+  tell_unused(*command);
+  echo({" -> ", value_list_});
 }
 
 // The command that the tokens call: by their standard form, or else by the first of them. Of a phrase only the values
@@ -80,6 +96,7 @@ const tCmd* Encoder::look_up() {
 }
 
 const tCmd* Encoder::end_of_chain(const tCmd* command) {
+  if (command == nullptr || !command->alias()) return command;
   std::unordered_set<const tCmd*> seen;
   while (command != nullptr && command->alias()) {
     if (!seen.insert(command).second) {
@@ -168,10 +185,8 @@ std::int16_t Encoder::add_value_parameter(const tCmd& command, int index) {
 }
 
 Encoder::Trial Encoder::try_parameter(const tCmd& command, int index, std::string_view value) {
+  begin();
   tokens_ = {std::string(), std::string(value)};
-  next_ = 1;
-  bytes_.clear();
-  pointers_.clear();
   Trial trial;
   trial.bound = add_parameter(command, index);
   trial.bytes = bytes_;

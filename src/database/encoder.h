@@ -1,5 +1,5 @@
-// The working state of one CmdList::encode: a code line on its way to bytes. Decoding asks it what a parameter or an
-// alias would give.
+// The working state of a code line on its way to bytes. Control keeps one, whose memory serves line after line;
+// CmdList::encode makes its own. Decoding asks one what a parameter or an alias would give.
 #pragma once
 
 #include <cstdint>
@@ -13,17 +13,20 @@ namespace tidewright {
 
 class Encoder {
  public:
-  /// `lineno` stands in front of the messages.
-  Encoder(CmdList& list, std::int16_t lineno)
-      : list_(list), lineno_(lineno), tokens_(std::move(list.spare_tokens_)), num_(*list.bank_) {}
-  /// One that says nothing, to try things with.
-  explicit Encoder(CmdList& list) : Encoder(list, 0) { silent_ = true; }
-  ~Encoder() { list_.spare_tokens_ = std::move(tokens_); }
+  /// Works with the commands that `list` has at each call. It says nothing until it encodes.
+  explicit Encoder(CmdList& list) : list_(list), num_(*list.bank_) {}
   Encoder(const Encoder&) = delete;
   Encoder& operator=(const Encoder&) = delete;
 
-  /// See CmdList::encode.
-  std::string encode(std::string& code, std::string& extra);
+  /// Encodes a code line as CmdList::encode does; `lineno` stands in front of the messages. False for a line that is
+  /// refused: fault() says why.
+  bool encode(std::string_view code, std::int16_t lineno);
+  const std::string& fault() const { return fault_; }
+
+  /// What the last line gave that was not refused.
+  const std::string& bytes() const { return bytes_; }
+  const std::string& pointers() const { return pointers_; }
+  const std::string& value_list() const { return value_list_; }
 
   /// What parameter `index` (0-based) of a command gives for one value of the script: its bytes, its pointer list, and
   /// the command it binds to. A parameter that wants no value does not look at it. Raises what makes encoding fail.
@@ -45,6 +48,8 @@ class Encoder {
   static std::string_view resolver(std::string_view description);
 
  private:
+  void begin();
+  void encode_tokens();
   const tCmd* look_up();
   const tCmd* end_of_chain(const tCmd* command);
   void follow_alias(const tCmd& alias);
@@ -62,8 +67,8 @@ class Encoder {
   void echo(std::initializer_list<Piece> pieces) const;
 
   CmdList& list_;
-  std::int16_t lineno_;
-  bool silent_ = false;
+  std::int16_t lineno_ = 0;
+  bool silent_ = true;
   // Of the line, or of what an alias made of it: the word that was looked up, then the values.
   std::vector<std::string> tokens_;
   std::size_t next_ = 1;     // the first value not yet taken
@@ -75,6 +80,7 @@ class Encoder {
   std::string value_list_;
   std::string bytes_;
   std::string pointers_;
+  std::string fault_;
 };
 
 }  // namespace tidewright

@@ -22,7 +22,7 @@ std::string shown(std::string_view statement) {
 
 }  // namespace
 
-Control::Control(Shared& shared) : shared_(shared) {
+Control::Control(Shared& shared) : shared_(shared), encoder_(shared.cmd_list) {
   shared_.bank.autobank = true;
 }
 
@@ -202,17 +202,15 @@ void Control::code_line(const std::string& code, const std::string& text) {
   FileHandle& files = shared_.file_handle;
   FileBuffer& buffers = shared_.file_buffer;
   const DefineTable& defines = shared_.define_table;
-  code_ = code;
-  if (!defines.empty()) code_ = defines.replace(std::move(code_));
-  std::string pointers;
-  if (shared_.cmd_list.encode(code_, pointers, files.lineno()).empty()) {
+  const bool encoded =
+      defines.empty() ? encoder_.encode(code, files.lineno()) : encoder_.encode(defines.replace(code), files.lineno());
+  if (!encoded) {
     const std::string place = files.location();
-    files.echo({" - ", place.empty() ? "console" : place, ": ", pointers, ", in \"", shown(text), "\""});
+    files.echo({" - ", place.empty() ? "console" : place, ": ", encoder_.fault(), ", in \"", shown(text), "\""});
     return;
   }
-  buffers.inbuffer(buffers.default_buffer);
-  if (fulllog_) files.echo({"attached: \"", code_, "\" into ", buffers.inbuffer()});
-  write(code_, pointers, kCodeMode);
+  if (fulllog_) files.echo({"attached: \"", encoder_.bytes(), "\" into ", buffers.default_buffer});
+  write(encoder_.bytes(), encoder_.pointers(), kCodeMode);
 }
 
 // Appends to the default buffer, which add_Data leaves again.

@@ -14,6 +14,7 @@
 #include <utility>
 #include <vector>
 
+#include "database/encoder.h"
 #include "processor/directive_help.h"
 #include "script/smart_string.h"
 #include "tables/text_table.h"
@@ -193,7 +194,7 @@ class Control {
   // Of one KaCode and one code line; members only to keep their memory.
   std::unique_ptr<SmartString> spare_statement_;
   std::string trimmed_line_;
-  std::string code_;
+  Encoder encoder_;
 };
 
 }  // namespace tidewright

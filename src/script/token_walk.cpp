@@ -112,9 +112,9 @@ void split(std::string_view text, char delimiter, std::vector<std::string>& toke
   TokenWalk walk(text, delimiter);
   tokens.reserve(8);
   std::size_t count = 0;
-  for (;; ++count) {
+  while (!walk.ended()) {
     if (count == tokens.size()) tokens.emplace_back();
-    if (!walk.next(tokens[count])) break;
+    walk.next(tokens[count++]);
   }
   tokens.resize(count);
 }
