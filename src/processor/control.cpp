@@ -108,9 +108,7 @@ void Control::KaCode(std::string& line) {
 
 // Cuts a line into its statements: values(0) to values(last()), the first of them classified.
 void Control::cut(const std::string& line, SmartString& statement) {
-  trimmed_line_ = line;
-  statement.kaTrim(trimmed_line_);
-  statement.kaSplit(statement.values(0), ';');
+  statement.cut(line);
   // A text behind a code line is one more statement. A line that is comment as a whole holds none.
   const bool whole =
       !statement.vDirective().empty() && kWholeLineMarkers.find(statement.vDirective()) != std::string_view::npos;

@@ -193,7 +193,6 @@ class Control {
 
   // Of one KaCode and one code line; members only to keep their memory.
   std::unique_ptr<SmartString> spare_statement_;
-  std::string trimmed_line_;
   Encoder encoder_;
 };
 

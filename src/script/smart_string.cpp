@@ -14,6 +14,11 @@ namespace {
 // line that begins with one of them loses that character.
 constexpr unsigned char kLastMarker = 65;
 
+// Whether the line behind this marker is comment, or text, as a whole.
+bool is_whole_line(std::string_view marker) {
+  return marker == "/" || marker == "=" || marker == "!" || marker == "'";
+}
+
 bool is_slot(int index) {
   return index >= 0 && index < SmartString::kSlots;
 }
@@ -36,17 +41,9 @@ void SmartString::kaTrim(std::string& line) {
   const Marks marks = marks_of(line);
   if (marks.loose) scrub(line);
   if (line.empty()) return;
-  directive_.clear();
-  if (static_cast<unsigned char>(line[0]) <= kLastMarker) {
-    directive_ = line[0];
-    line.erase(0, 1);
-  }
+  line.erase(0, line.size() - take_marker(line).size());
   comment_.clear();
-  if (directive_ == "&" && !line.empty() && line[0] == 'h') {
-    directive_ = "#";
-    line.erase(0, 1);
-  }
-  if (directive_ == "/" || directive_ == "=" || directive_ == "!" || directive_ == "'") {
+  if (is_whole_line(directive_)) {
     comment_ = std::move(line);
     line.clear();
     return;
@@ -56,6 +53,33 @@ void SmartString::kaTrim(std::string& line) {
   } else {
     values_[0] = line;
   }
+}
+
+// Puts the marker of a line that is not empty into vDirective; the result is the line behind it.
+std::string_view SmartString::take_marker(std::string_view line) {
+  directive_.clear();
+  if (static_cast<unsigned char>(line[0]) > kLastMarker) return line;
+  const bool is_number_sign = line.starts_with("&h");  // as it reads when it was normalised
+  directive_ = is_number_sign ? '#' : line[0];
+  return line.substr(is_number_sign ? 2 : 1);
+}
+
+void SmartString::cut(std::string_view line) {
+  const Marks marks = marks_of(line);
+  // Most lines are one statement as it stands: it is put where it belongs without going the whole way.
+  if (!line.empty() && !marks.loose && !marks.comment && !marks.separator) {
+    const std::string_view code = take_marker(line);
+    if (!is_whole_line(directive_)) {
+      comment_.clear();
+      values_[0] = code;
+      if (marks.rewritten || code.starts_with(' ')) normalize(values_[0]);
+      count_ = 0;
+      return;
+    }
+  }
+  std::string trimmed(line);
+  kaTrim(trimmed);
+  kaSplit(values_[0], ';');
 }
 
 void SmartString::cut_comment(const std::string& line) {

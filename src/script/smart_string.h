@@ -25,6 +25,9 @@ class SmartString {
   /// without its marker, empty when all of it is comment. A blank line changes nothing else.
   void kaTrim(std::string& line);
 
+  /// Cuts a line into its statements: kaTrim() of a copy, then kaSplit() of its code at ";".
+  void cut(std::string_view line);
+
   /// Splits `text` into the slots. The sixteenth takes the whole rest, delimiters included. All tokens are normalised
   /// ("0x" and "#" to "&h"), all but the last lower-cased when longer than one character.
   void kaSplit(std::string_view text, char delimiter);
@@ -63,6 +66,7 @@ class SmartString {
   void vStandard(std::string text) { standard_ = std::move(text); }
 
  private:
+  std::string_view take_marker(std::string_view line);
   void cut_comment(const std::string& line);
 
   std::string directive_;

@@ -11,13 +11,14 @@ namespace tidewright {
 namespace {
 
 // By character code: what a character is to marks_of().
-constexpr unsigned char kBlank = 1, kTab = 2, kRewritten = 4, kComment = 8;
+constexpr unsigned char kBlank = 1, kTab = 2, kRewritten = 4, kComment = 8, kSeparator = 16;
 constexpr std::array<unsigned char, 256> kMarkOf = [] {
   std::array<unsigned char, 256> marks{};
   marks[' '] = kBlank;
   marks['\t'] = kTab;
   marks['x'] = marks['#'] = kRewritten;
   marks['\''] = marks['='] = kComment;
+  marks[';'] = kSeparator;
   return marks;
 }();
 
@@ -30,9 +31,9 @@ constexpr std::array<bool, 256> kTouched = [] {
 }();
 
 std::string_view trimmed(std::string_view token) {
-  const std::size_t first = token.find_first_not_of(' ');
-  if (first == std::string_view::npos) return {};
-  return token.substr(first, token.find_last_not_of(' ') - first + 1);
+  while (token.starts_with(' ')) token.remove_prefix(1);
+  while (token.ends_with(' ')) token.remove_suffix(1);
+  return token;
 }
 
 }  // namespace
@@ -48,7 +49,10 @@ Marks marks_of(std::string_view text) {
     previous = mark;
   }
   if (!text.empty()) side_by_side |= previous;
-  return {(found & kTab) != 0 || (side_by_side & kBlank) != 0, (found & kRewritten) != 0, (found & kComment) != 0};
+  return {.loose = (found & kTab) != 0 || (side_by_side & kBlank) != 0,
+          .rewritten = (found & kRewritten) != 0,
+          .comment = (found & kComment) != 0,
+          .separator = (found & kSeparator) != 0};
 }
 
 void scrub(std::string& line) {

@@ -14,6 +14,7 @@ struct Marks {
   bool loose = false;      // scrub() would change it
   bool rewritten = false;  // an "x" or "#", which normalize() may change
   bool comment = false;    // a "'" or "="
+  bool separator = false;  // a ";"
 };
 Marks marks_of(std::string_view text);
 
