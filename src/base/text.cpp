@@ -1,6 +1,7 @@
 #include "base/text.h"
 
 #include <algorithm>
+#include <charconv>
 
 namespace tidewright {
 
@@ -78,13 +79,8 @@ void append_number(std::string& text, std::int64_t value) {
 }
 
 Piece::Piece(std::int64_t value) {
-  std::size_t first = digits_.size();
-  auto left = static_cast<std::uint64_t>(value);
-  if (value < 0) left = 0 - left;
-  do digits_[--first] = static_cast<char>('0' + left % 10);
-  while ((left /= 10) != 0);
-  if (value < 0) digits_[--first] = '-';
-  text_ = std::string_view(digits_.data() + first, digits_.size() - first);
+  const char* const end = std::to_chars(digits_.data(), digits_.data() + digits_.size(), value).ptr;
+  text_ = std::string_view(digits_.data(), end);
 }
 
 std::string cat(std::initializer_list<Piece> pieces) {

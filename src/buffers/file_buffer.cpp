@@ -114,28 +114,30 @@ void FileBuffer::add_Value(std::string_view values, std::string kinds) {
   add_Data(bytes, kinds);
 }
 
-// The pointers of a list that belongs to bytes appended to `buffer` behind `length` others, each with its key.
-std::vector<FileBuffer::Registration> FileBuffer::registrations(std::string_view list, std::uint8_t buffer,
-                                                                std::size_t length) const {
+// The pointers of bytes that are appended to `buffer` behind `length` others, each with its key.
+std::vector<FileBuffer::Registration> FileBuffer::registrations(std::span<const CodedPointer> pointers,
+                                                                std::uint8_t buffer, std::size_t length) const {
   std::vector<Registration> found;
-  if (list.empty()) return found;
-  TokenWalk walk(list, ',');
-  std::string value;
-  std::string position;
-  std::string kind;
-  while (walk.next(value) && walk.next(position) && walk.next(kind)) {
-    value = SmartNum::pointer_name(value);
-    const double offset = whole_number_text(position) + static_cast<double>(length);
-    if (offset >= kBufferSpan)
-      raise(ErrorNumber::overflow, cat({"a pointer at byte ", to_long(offset), " of a buffer"}));
-    const std::int32_t combined = buffer * kBufferSpan + to_long(offset);
-    found.push_back({pointer_key(combined), {to_integer(Val(kind)), buffer, combined, std::move(value)}});
-    if (pointers_.find(found.back().key) != nullptr) raise(ErrorNumber::duplicate_key, found.back().key);
+  for (const CodedPointer& pointer : pointers) {
+    const std::int64_t offset = pointer.position + static_cast<std::int64_t>(length);
+    if (offset >= kBufferSpan) raise(ErrorNumber::overflow, cat({"a pointer at byte ", offset, " of a buffer"}));
+    const std::int32_t combined = buffer * kBufferSpan + static_cast<std::int32_t>(offset);
+    std::string key = pointer_key(combined);
+    if (pointers_.find(key) != nullptr) raise(ErrorNumber::duplicate_key, key);
+    // Names stand as tokens do, in the form that a pointer list would give them.
+    std::string value = pointer.value;
+    if (value.size() > 1) make_lower(value);
+    normalize(value);
+    found.push_back({std::move(key), {to_integer(pointer.kind), buffer, combined, SmartNum::pointer_name(value)}});
   }
   return found;
 }
 
 void FileBuffer::add_Data(std::string_view bytes, std::string_view pointers) {
+  add_Data(bytes, SmartNum::listed_pointers(pointers));
+}
+
+void FileBuffer::add_Data(std::string_view bytes, std::span<const CodedPointer> pointers) {
   const std::uint8_t target = point_.buffer;
   Slot& slot = slots_[slot_index(target)];
   const std::size_t length = this->bytes(target).size();

@@ -8,6 +8,7 @@
 #include <array>
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <variant>
@@ -93,6 +94,8 @@ class FileBuffer {
   /// SubscriptOutOfRange for a buffer that is none, DuplicateKey, and Overflow for a pointer at position 100000 and
   /// above; nothing is appended then.
   void add_Data(std::string_view bytes, std::string_view pointers);
+  /// The same with the pointers themselves.
+  void add_Data(std::string_view bytes, std::span<const CodedPointer> pointers);
 
   /// The name of a label that no byte followed yet, and what to do with it: make it mark the end of the default buffer,
   /// or forget it.
@@ -149,7 +152,8 @@ class FileBuffer {
     std::string key;
     fOffsett pointer;
   };
-  std::vector<Registration> registrations(std::string_view list, std::uint8_t buffer, std::size_t length) const;
+  std::vector<Registration> registrations(std::span<const CodedPointer> pointers, std::uint8_t buffer,
+                                          std::size_t length) const;
 
   bool stands_in_buffer(const fOffsett& pointer) const;
   std::size_t standing_pointers() const;

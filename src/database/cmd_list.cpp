@@ -118,7 +118,7 @@ std::string CmdList::encode(std::string& code, std::string& extra, std::int16_t 
     return "";
   }
   code = encoder.bytes();
-  extra = encoder.pointers();
+  extra = SmartNum::pointer_list(encoder.pointers());
   return encoder.value_list();
 }
 

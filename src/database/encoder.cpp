@@ -231,7 +231,6 @@ void Encoder::add_number(std::string_view value, int kind) {
   const bool pointer = is_pointer_kind(kind);
   if (number.length == 0) {
     if (!pointer || value.empty()) raise(ErrorNumber::type_mismatch, cat({"\"", value, "\" is no number"}));
-    if (value.find(',') != std::string_view::npos) raise(ErrorNumber::type_mismatch, "a label cannot hold a comma");
     return add(value, kind);
   }
   if (number.length < value.size()) {
@@ -249,6 +248,9 @@ void Encoder::add_number(std::string_view value, int kind) {
 }
 
 void Encoder::add(std::string_view value, int kind) {
+  if (is_pointer_kind(kind) && value.find(',') != std::string_view::npos) {
+    raise(ErrorNumber::type_mismatch, "a label cannot hold a comma");
+  }
   list_value(value);
   num_.code_value({value, kind}, bytes_, pointers_);
 }

@@ -25,14 +25,14 @@ class Encoder {
 
   /// What the last line gave that was not refused.
   const std::string& bytes() const { return bytes_; }
-  const std::string& pointers() const { return pointers_; }
+  const std::vector<CodedPointer>& pointers() const { return pointers_; }
   const std::string& value_list() const { return value_list_; }
 
-  /// What parameter `index` (0-based) of a command gives for one value of the script: its bytes, its pointer list, and
+  /// What parameter `index` (0-based) of a command gives for one value of the script: its bytes, its pointers, and
   /// the command it binds to. A parameter that wants no value does not look at it. Raises what makes encoding fail.
   struct Trial {
     std::string bytes;
-    std::string pointers;
+    std::vector<CodedPointer> pointers;
     std::int16_t bound = 0;  // position of the command, 0 for none
   };
   Trial try_parameter(const tCmd& command, int index, std::string_view value);
@@ -79,7 +79,7 @@ class Encoder {
   SmartNum num_;
   std::string value_list_;
   std::string bytes_;
-  std::string pointers_;
+  std::vector<CodedPointer> pointers_;
   std::string fault_;
 };
 

@@ -13,11 +13,8 @@ namespace {
 std::optional<Encoded> try_encoding(CmdList& list, const tCmd& command, int index, std::string_view value) {
   try {
     Encoder::Trial trial = Encoder(list).try_parameter(command, index, value);
-    // A name that holds a comma would break the pointer list, which is a triple here.
-    const auto commas = std::count(trial.pointers.begin(), trial.pointers.end(), ',');
-    if (commas != 0 && commas != 2) return {};
-    const std::string name = trial.pointers.substr(0, trial.pointers.find(','));
-    return Encoded{std::move(trial.bytes), SmartNum::pointer_name(name), trial.bound};
+    const std::string name = trial.pointers.empty() ? "" : SmartNum::pointer_name(trial.pointers[0].value);
+    return Encoded{std::move(trial.bytes), name, trial.bound};
   } catch (const RuntimeError&) {
     return {};
   }

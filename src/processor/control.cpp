@@ -193,7 +193,7 @@ void Control::text_line(const std::string& text) {
     files.echo({"CODE: ", bytes});
     files.echo({"- Into buffer ", buffers.inbuffer()});
   }
-  write(bytes, "", kTextMode);
+  write(bytes, {}, kTextMode);
 }
 
 void Control::code_line(const std::string& code, const std::string& text) {
@@ -212,7 +212,7 @@ void Control::code_line(const std::string& code, const std::string& text) {
 }
 
 // Appends to the default buffer, which add_Data leaves again.
-void Control::write(std::string_view bytes, std::string_view pointers, std::int16_t mode) {
+void Control::write(std::string_view bytes, std::span<const CodedPointer> pointers, std::int16_t mode) {
   FileBuffer& buffers = shared_.file_buffer;
   buffers.inbuffer(buffers.default_buffer);
   buffers.inmode(mode);

@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <span>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -102,7 +103,7 @@ class Control {
   void comment(const SmartString& statement);
   void text_line(const std::string& text);
   void code_line(const std::string& code, const std::string& text);
-  void write(std::string_view bytes, std::string_view pointers, std::int16_t mode);
+  void write(std::string_view bytes, std::span<const CodedPointer> pointers, std::int16_t mode);
   void run_files();
   void advance_lineno();
   void keep_counting();

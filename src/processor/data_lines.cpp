@@ -90,7 +90,7 @@ void Control::raw_data(Directive& directive, std::string_view /*detail*/) {
   FileHandle& files = shared_.file_handle;
   files.echo({files.lineno(), ": RAW DATA - ", directive.text});
   if (fulllog_) files.echo({"Raw Data: ", hex_bytes(bytes)});
-  write(bytes, "", kDataMode);
+  write(bytes, {}, kDataMode);
 }
 
 }  // namespace tidewright

@@ -49,7 +49,7 @@ void push_padded(std::string_view digits, std::size_t count, std::string& bytes)
 
 std::string SmartNum::kaCodevals(std::string_view values, std::string& kinds) const {
   std::string output;
-  std::string pointers;
+  std::vector<CodedPointer> pointers;
   if (!values.empty()) {
     TokenWalk value_walk(values, ' ');
     TokenWalk kind_walk(kinds, ',');
@@ -60,19 +60,15 @@ std::string SmartNum::kaCodevals(std::string_view values, std::string& kinds) co
       code_value({value, to_integer(Val(kind))}, output, pointers);
     }
   }
-  kinds = std::move(pointers);
+  kinds = pointer_list(pointers);
   return output;
 }
 
-void SmartNum::code_value(const TypedValue& typed, std::string& output, std::string& pointers) const {
+void SmartNum::code_value(const TypedValue& typed, std::string& output, std::vector<CodedPointer>& pointers) const {
   if (is_pointer_kind(typed.kind)) {
     // A literal is carried in the list as it is written; it is converted here so that a wild one fails now.
     if (isvalue(typed.value, false)) CPtr(typed.value);
-    if (!pointers.empty()) pointers += ',';
-    pointers.append(typed.value).append(",");
-    append_number(pointers, static_cast<std::int64_t>(output.size()));
-    pointers += ',';
-    append_number(pointers, typed.kind);
+    pointers.push_back({std::string(typed.value), to_long(static_cast<double>(output.size())), typed.kind});
     output += kPointerPlaceholder;
   } else if (typed.value.starts_with('$')) {
     // No pointer, so it becomes the number of its user kind (11 byte, 12 word, 13 dword) as text.
@@ -80,6 +76,27 @@ void SmartNum::code_value(const TypedValue& typed, std::string& output, std::str
   } else {
     push(typed.value, -typed.kind, output);
   }
+}
+
+std::string SmartNum::pointer_list(std::span<const CodedPointer> pointers) {
+  std::string list;
+  for (const CodedPointer& pointer : pointers) {
+    list += cat({list.empty() ? "" : ",", pointer.value, ",", pointer.position, ",", pointer.kind});
+  }
+  return list;
+}
+
+std::vector<CodedPointer> SmartNum::listed_pointers(std::string_view list) {
+  std::vector<CodedPointer> pointers;
+  if (list.empty()) return pointers;
+  TokenWalk walk(list, ',');
+  std::string value;
+  std::string position;
+  std::string kind;
+  while (walk.next(value) && walk.next(position) && walk.next(kind)) {
+    pointers.push_back({value, to_long(whole_number_text(position)), to_integer(Val(kind))});
+  }
+  return pointers;
 }
 
 std::string SmartNum::kaRipvals(std::string_view bytes, std::string_view kinds) const {

@@ -3,9 +3,11 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 #include <string>
 #include <string_view>
 #include <variant>
+#include <vector>
 
 namespace tidewright {
 
@@ -45,6 +47,13 @@ struct TypedValue {
   int kind = kByte;
 };
 
+/// A pointer among coded bytes: a value, and where the placeholder stands for it, 0-based.
+struct CodedPointer {
+  std::string value;
+  std::int32_t position = 0;
+  int kind = kPointer;
+};
+
 /// The converter. Byte strings hold one byte per character; every number in them is little-endian.
 class SmartNum {
  public:
@@ -57,7 +66,11 @@ class SmartNum {
 
   /// The same for values that are cut and normalised already: their bytes are appended to `output`, their pointers to
   /// `pointers`.
-  void code_value(const TypedValue& typed, std::string& output, std::string& pointers) const;
+  void code_value(const TypedValue& typed, std::string& output, std::vector<CodedPointer>& pointers) const;
+
+  /// The pointer list of these pointers, and back.
+  static std::string pointer_list(std::span<const CodedPointer> pointers);
+  static std::vector<CodedPointer> listed_pointers(std::string_view list);
 
   /// The values read back from `bytes`, separated by single blanks. The position advances by one byte per kind,
   /// whatever the width: callers that read several values pass them one at a time.

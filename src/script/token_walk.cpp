@@ -93,7 +93,11 @@ bool TokenWalk::next(std::string& token) {
   const char delimiter = delimiter_;
   std::size_t end = 0;
   bool touched = false;
-  while (end < left.size() && left[end] != delimiter) touched |= kTouched[static_cast<unsigned char>(left[end++])];
+  for (const char c : left) {
+    if (c == delimiter) break;
+    touched |= kTouched[static_cast<unsigned char>(c)];
+    ++end;
+  }
   token.assign(left, 0, end);
   ended_ = end == left_.size();
   if (touched) {
