@@ -22,22 +22,15 @@ class Collection {
 
   /// Adds `item` as the last one. A key that is already present raises DuplicateKey and adds nothing.
   T& add(std::string key, T item) {
-    if ((entries_.size() + 1) * 2 > slots_.size()) grow();
-    const std::uint32_t key_hash = hash(key);
-    Slot& slot = slots_[slot_of(key, key_hash)];
-    if (slot.position != kFree) raise(ErrorNumber::duplicate_key, key);
-    entries_.push_back({std::move(key), std::move(item)});
-    slot = {key_hash, static_cast<std::uint32_t>(entries_.size())};
-    return entries_.back().item;
+    const auto [place, added] = try_add(key, item);
+    if (!added) raise(ErrorNumber::duplicate_key, key);
+    return place;
   }
 
   /// Adds `item`, or puts it in the place of the item that has this key.
   void put(std::string key, T item) {
-    if (T* const old = find(key)) {
-      *old = std::move(item);
-    } else {
-      add(std::move(key), std::move(item));
-    }
+    const auto [place, added] = try_add(key, item);
+    if (!added) place = std::move(item);
   }
 
   /// The item under `key`, or null.
@@ -74,6 +67,17 @@ class Collection {
     std::string key;
     T item;
   };
+
+  // Where the item under `key` stands, and whether it is `item`, added: only then both are taken.
+  std::pair<T&, bool> try_add(std::string& key, T& item) {
+    if ((entries_.size() + 1) * 2 > slots_.size()) grow();
+    const std::uint32_t key_hash = hash(key);
+    Slot& slot = slots_[slot_of(key, key_hash)];
+    if (slot.position != kFree) return {entries_[slot.position - 1].item, false};
+    entries_.push_back({std::move(key), std::move(item)});
+    slot = {key_hash, static_cast<std::uint32_t>(entries_.size())};
+    return {entries_.back().item, true};
+  }
 
   // The hash stands beside the position, so that looking past another key's slot does not touch its entry.
   struct Slot {

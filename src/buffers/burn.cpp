@@ -143,9 +143,10 @@ std::vector<BurnChunk> FileBuffer::planned(std::string_view filler) {
     const Collection<fOffsett>& labels = labels_[static_cast<std::size_t>(b)];
     for (std::size_t j = 1; j <= labels.count(); ++j) {
       // A label without a position was skipped, and told, when positions were given.
-      if (pushed_.find(labels.at(j).name) == nullptr) continue;
+      const std::int32_t* const place = pushed_.find(labels.at(j).name);
+      if (place == nullptr) continue;
       try {
-        chunks.push_back(planned_chunk(j, b, filler));
+        chunks.push_back(planned_chunk(j, b, *place, filler));
       } catch (const RuntimeError& error) {
         tell_failure("label", labels.at(j), error.description);
       }
@@ -154,10 +155,10 @@ std::vector<BurnChunk> FileBuffer::planned(std::string_view filler) {
   return chunks;
 }
 
-BurnChunk FileBuffer::planned_chunk(std::size_t position, int set, std::string_view filler) {
+BurnChunk FileBuffer::planned_chunk(std::size_t position, int set, std::int32_t place, std::string_view filler) {
   const std::string_view data = Get_Data(position, set);
   const std::string_view label = labels_[set_index(set)].at(position).name;
-  const BurnChunk chunk{label, *pushed_.find(label), fill_ >= 0 ? filler.substr(0, data.size()) : data};
+  const BurnChunk chunk{label, place, fill_ >= 0 ? filler.substr(0, data.size()) : data};
   if (chunk.position < 0) {
     files_->SeekData(chunk.position);  // says that it moves nothing
     raise(ErrorNumber::invalid_call, "its position lies before the file");

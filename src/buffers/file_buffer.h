@@ -171,7 +171,7 @@ class FileBuffer {
   std::int32_t target_of(const std::string& name);
   void patch(const fOffsett& pointer);
   std::vector<BurnChunk> planned(std::string_view filler);
-  BurnChunk planned_chunk(std::size_t position, int set, std::string_view filler);
+  BurnChunk planned_chunk(std::size_t position, int set, std::int32_t place, std::string_view filler);
   std::string filler() const;
   bool agreed(const std::vector<BurnChunk>& chunks);
   void tell_overlaps(const std::vector<BurnChunk>& chunks);

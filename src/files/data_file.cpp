@@ -92,25 +92,16 @@ std::string DataFile::read(std::size_t size) {
   return bytes;
 }
 
-// Where `size` bytes are to be put that count as written.
-char* DataFile::room(std::size_t size) {
+void DataFile::write(std::string_view before, std::initializer_list<Piece> pieces, std::string_view behind) {
+  std::size_t size = before.size() + behind.size();
+  for (const Piece& piece : pieces) size += piece.text().size();
   if (!writable_) raise(ErrorNumber::permission_denied, cat({name_, " cannot be written"}));
   if (unflushed_ >= kBufferSize) flush();
   if (unflushed_ == 0) drop_read_buffer();
   const std::size_t start = unflushed_;
   if (write_buffer_.size() < start + size) write_buffer_.resize(std::max(start + size, 2 * write_buffer_.size()));
   unflushed_ += size;
-  return write_buffer_.data() + start;
-}
-
-void DataFile::write(std::string_view bytes) {
-  bytes.copy(room(bytes.size()), bytes.size());
-}
-
-void DataFile::write(std::string_view before, std::initializer_list<Piece> pieces, std::string_view behind) {
-  std::size_t size = before.size() + behind.size();
-  for (const Piece& piece : pieces) size += piece.text().size();
-  char* at = room(size);
+  char* at = write_buffer_.data() + start;
   const auto put = [&at](std::string_view text) { at += text.copy(at, text.size()); };
   put(before);
   for (const Piece& piece : pieces) put(piece.text());

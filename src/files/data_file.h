@@ -56,7 +56,7 @@ class DataFile {
   int get();
   int peek();
 
-  void write(std::string_view bytes);
+  void write(std::string_view bytes) { write(bytes, {}, {}); }
   /// The pieces one after another, between what stands before and behind them.
   void write(std::string_view before, std::initializer_list<Piece> pieces, std::string_view behind);
 
@@ -86,7 +86,6 @@ class DataFile {
   bool fill();
   void want_readable();
   void drop_read_buffer();
-  char* room(std::size_t size);
 
   std::unique_ptr<File> file_;
   std::string name_;

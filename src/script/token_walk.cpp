@@ -69,7 +69,9 @@ void scrub(std::string& line) {
 
 void normalize(std::string& token) {
   for (std::size_t at = token.find('x'); at != std::string::npos; at = token.find('x', at + 1)) {
-    if (at > 0 && token[at - 1] == '0') token.replace(at - 1, 2, "&h");
+    if (at == 0 || token[at - 1] != '0') continue;
+    token[at - 1] = '&';
+    token[at] = 'h';
   }
   if (token.find('#') != std::string::npos) replace_all(token, "#", "&h");
   if (token.starts_with(' ') || token.ends_with(' ')) token = std::string(trimmed(token));
@@ -93,11 +95,7 @@ bool TokenWalk::next(std::string& token) {
   const char delimiter = delimiter_;
   std::size_t end = 0;
   bool touched = false;
-  for (const char c : left) {
-    if (c == delimiter) break;
-    touched |= kTouched[static_cast<unsigned char>(c)];
-    ++end;
-  }
+  while (end < left.size() && left[end] != delimiter) touched |= kTouched[static_cast<unsigned char>(left[end++])];
   token.assign(left, 0, end);
   ended_ = end == left_.size();
   if (touched) {
