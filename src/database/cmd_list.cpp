@@ -33,6 +33,7 @@ void CmdList::add() {
   forget_inverse();
   tCmd command = std::move(newcmd_);
   newcmd_ = tCmd();
+  command.title(cat({command.keyword(), " [", hex(command.bytecode()), "] "}));
   if (command.alias()) command.Descriptions(describe(command));
   const std::string code_key = command.alias() ? command.ParmDesc(0) : hex(command.bytecode());
   const std::string keyword = command.keyword();

@@ -72,7 +72,7 @@ void Encoder::encode_tokens() {
     fault_ = "no such command";
     return;
   }
-  echo({lineno_, ": Code Command - ", command->keyword(), " [", hex(command->bytecode()), "] "});
+  echo({lineno_, ": Code Command - ", command->title()});
   append_number(value_list_, command->bytecode());
   bytes_ += static_cast<char>(command->bytecode());
   walk(*command);

@@ -1,7 +1,5 @@
 #include "database/plan.h"
 
-#include <algorithm>
-
 #include "base/numbers.h"
 #include "base/text.h"
 #include "script/smart_string.h"

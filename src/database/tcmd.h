@@ -45,6 +45,10 @@ class tCmd {
   const std::string& keyword() const { return keyword_; }
   void keyword(std::string text) { keyword_ = std::move(text); }
 
+  /// What the log calls it, "wait [1] ": CmdList gives it when it files the record.
+  const std::string& title() const { return title_; }
+  void title(std::string text) { title_ = std::move(text); }
+
   std::uint8_t bytecode() const { return bytecode_; }
   void bytecode(std::uint8_t code) { bytecode_ = code; }
 
@@ -59,6 +63,7 @@ class tCmd {
   std::uint8_t bytecode_ = 0;
   std::string keyword_;
   std::string summary_;
+  std::string title_;
   std::array<std::uint8_t, kParameters> kinds_{};
   std::array<std::string, kParameters> descriptions_;
   std::uint8_t parmcnt_ = 0;

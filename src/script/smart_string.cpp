@@ -33,7 +33,7 @@ void SmartString::clear() {
   directive_.clear();
   comment_.clear();
   standard_.clear();
-  for (std::string& value : values_) value.clear();
+  values_[0].clear();
   count_ = 0;
 }
 

@@ -15,7 +15,7 @@ class SmartString {
  public:
   static constexpr int kSlots = 16;
 
-  /// Makes it as new, but for the memory it has.
+  /// Makes it as new for another line: what an earlier one left in the slots above count() stays.
   void clear();
 
   /// Folds tabs and runs of spaces in `line` to single spaces and trims both ends. Line ends are kept.
