@@ -22,15 +22,19 @@ class Collection {
 
   /// Adds `item` as the last one. A key that is already present raises DuplicateKey and adds nothing.
   T& add(std::string key, T item) {
-    const auto [place, added] = try_add(key, item);
-    if (!added) raise(ErrorNumber::duplicate_key, key);
-    return place;
+    Slot& slot = slot_for(key);
+    if (slot.position != kFree) raise(ErrorNumber::duplicate_key, key);
+    return add_in(slot, std::move(key), std::move(item));
   }
 
   /// Adds `item`, or puts it in the place of the item that has this key.
   void put(std::string key, T item) {
-    const auto [place, added] = try_add(key, item);
-    if (!added) place = std::move(item);
+    Slot& slot = slot_for(key);
+    if (slot.position == kFree) {
+      add_in(slot, std::move(key), std::move(item));
+    } else {
+      entries_[slot.position - 1].item = std::move(item);
+    }
   }
 
   /// The item under `key`, or null.
@@ -53,7 +57,7 @@ class Collection {
     const std::uint32_t position = slots_[slot_of(key, hash(key))].position;
     if (position == kFree) return false;
     entries_.erase(entries_.begin() + (position - 1));
-    std::vector<Slot> old = std::move(slots_);
+    std::vector<Slot> old = std::exchange(slots_, {});
     for (Slot& slot : old) {
       if (slot.position == position) slot.position = kFree;
       if (slot.position > position) --slot.position;
@@ -67,17 +71,6 @@ class Collection {
     std::string key;
     T item;
   };
-
-  // Where the item under `key` stands, and whether it is `item`, added: only then both are taken.
-  std::pair<T&, bool> try_add(std::string& key, T& item) {
-    if ((entries_.size() + 1) * 2 > slots_.size()) grow();
-    const std::uint32_t key_hash = hash(key);
-    Slot& slot = slots_[slot_of(key, key_hash)];
-    if (slot.position != kFree) return {entries_[slot.position - 1].item, false};
-    entries_.push_back({std::move(key), std::move(item)});
-    slot = {key_hash, static_cast<std::uint32_t>(entries_.size())};
-    return {entries_.back().item, true};
-  }
 
   // The hash stands beside the position, so that looking past another key's slot does not touch its entry.
   struct Slot {
@@ -103,8 +96,24 @@ class Collection {
     }
   }
 
+  // The slot of `key` in an index with room for one more: that of its entry, or a free one.
+  Slot& slot_for(std::string_view key) {
+    if ((entries_.size() + 1) * 2 > slots_.size()) grow();
+    const std::uint32_t key_hash = hash(key);
+    Slot& slot = slots_[slot_of(key, key_hash)];
+    slot.key_hash = key_hash;
+    return slot;
+  }
+
+  // Adds an entry, whose slot is free.
+  T& add_in(Slot& slot, std::string key, T item) {
+    entries_.push_back({std::move(key), std::move(item)});
+    slot.position = static_cast<std::uint32_t>(entries_.size());
+    return entries_.back().item;
+  }
+
   void grow() {
-    const std::vector<Slot> old = std::move(slots_);
+    const std::vector<Slot> old = std::exchange(slots_, {});
     fill(std::bit_ceil(entries_.size() * 2 + 16), old);
   }
 
