@@ -168,6 +168,9 @@ The command database that #boot loads: that of the current folder, else the one 
 The session log, beside the program or, where that cannot be written, in the folder tidewright of the user's state
 folder.
 .TP
+.I *.burn, *.burning
+Journals of burns, beside the images: of the last one, and of one that is under way or was cut short.
+.TP
 .I *.psc, *.psh, *.buf
 Scripts, definitions, and buffer files.
 .TP

@@ -42,6 +42,13 @@ def buffer_file(pointers, labels, contents):
 WHOLE = buffer_file([record(0, 1, 3, b"$b")], [record(0, 0, 3, b"a"), record(0, 5, 3, b"b")], [b"\0" + text(b"\6!PTR\7")])
 
 
+def checksum(journal):
+    value = 0xCBF29CE484222325
+    for byte in journal:
+        value = (value ^ byte) * 0x100000001B3 & 0xFFFFFFFFFFFFFFFF
+    return value
+
+
 class Hostile(unittest.TestCase):
     def setUp(self):
         self.folder = tempfile.mkdtemp(prefix="tidewright hostile ")
@@ -186,6 +193,23 @@ class Hostile(unittest.TestCase):
             self.write("wild.buf", content)
             self.wants("#org kept; #kapeek wild.buf; #kapoke made.buf", 1, f"error {error}: .* at byte [0-9]* of wild.buf")
 
+    def wild_journals(self):
+        self.write("game.bin", b"." * 60)
+        self.lines("#org a.0x10 0\n#01 02\n#org b.0x3a 1\n#03 04 05 06\n", 0, behind="; #kapop game.bin")
+        journal, chance = self.read("game.bin.burn"), random.Random(1)
+        for number in range(60):
+            wild = bytearray(journal[:-8])
+            for _ in range(chance.randint(1, 3)):
+                wild[chance.randrange(8, len(wild))] = chance.choice((0, 1, 127, 128, 255))
+            right = number % 3 > 0
+            self.write("game.bin", b"." * 60)
+            self.write("game.bin.burning", bytes(wild) + struct.pack("<Q", checksum(wild) if right else 1))
+            ended, out = self.start("#kapop game.bin")
+            if not right:
+                self.assertIn("was cut short before it wrote anything", out)
+                self.assertEqual((ended, self.read("game.bin")), (0, b"." * 60))
+            self.assertLessEqual(os.path.getsize(os.path.join(self.folder, "game.bin")), 62)
+
     def folders(self):
         os.mkdir(os.path.join(self.folder, "game.bin"))
         self.wants("#include game.bin", 1, "File Not Found")
@@ -222,6 +246,7 @@ class Hostile(unittest.TestCase):
         "random bytes as a buffer file": random_buffers,
         "a buffer file cut at any byte": cut_buffers,
         "a buffer file with wild counts, lengths or places": wild_buffers,
+        "a damaged journal of a burn": wild_journals,
         "a folder in the place of a file": folders,
         "a pipe or a device in the place of a file": pipes,
         "an image that is the script that burns it": own_image,
