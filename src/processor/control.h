@@ -174,7 +174,7 @@ class Control {
   void burns(Directive&, std::string_view);
   void journal(Directive&, std::string_view);
   bool open_image(Directive&, std::string_view failure);
-  bool open_for_burn(Directive&, std::string_view failure, bool& recovered);
+  bool mend_image();
   void kapush(Directive&, std::string_view);
 
   Shared& shared_;

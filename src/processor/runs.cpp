@@ -31,28 +31,25 @@ bool Control::open_image(Directive& directive, std::string_view failure) {
   return false;
 }
 
-// Opens an image to be changed, as the above, and makes it whole where a burn was cut short.
-bool Control::open_for_burn(Directive& directive, std::string_view failure, bool& recovered) {
-  if (!open_image(directive, failure)) return false;
+// Makes the image that is open whole where a burn of it was cut short. Whether one was.
+bool Control::mend_image() {
   FileHandle& files = shared_.file_handle;
   const DataFile& image = files.data_file();
   if (!image.writable()) raise(ErrorNumber::permission_denied, cat({image.name(), " cannot be written"}));
-  recovered = BurnJournal(files).recover();
-  return true;
+  return BurnJournal(files).recover();
 }
 
 void Control::kapop(Directive& directive, std::string_view /*detail*/) {
-  bool recovered = false;
-  if (!open_for_burn(directive, " - Nothing is burned", recovered)) return;
+  if (!open_image(directive, " - Nothing is burned")) return;
+  mend_image();
   shared_.file_buffer.burnbuffer(journal_);
   shared_.file_handle.closefile();
 }
 
 // A burn that was cut short was the last one.
 void Control::unburn(Directive& directive, std::string_view /*detail*/) {
-  bool recovered = false;
-  if (!open_for_burn(directive, " - Nothing is taken back", recovered)) return;
-  if (!recovered) BurnJournal(shared_.file_handle).unburn();
+  if (!open_image(directive, " - Nothing is taken back")) return;
+  if (!mend_image()) BurnJournal(shared_.file_handle).unburn();
   shared_.file_handle.closefile();
 }
 
