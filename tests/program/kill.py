@@ -38,11 +38,15 @@ def burn(folder, behind, wait=None):
     process = subprocess.Popen([PROGRAM, "--log-folder", os.path.join(folder, "log"), "-i", "#kapeek burn.buf; #whoami"],
                                cwd=folder, stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
     answered(process)
+    # Of a quick burn only the last name may be seen.
+    journals = [os.path.join(folder, "game.bin" + ending) for ending in (".burning", ".burn")]
+    for journal in journals:
+        if os.path.exists(journal):
+            os.remove(journal)
     process.stdin.write(b"#silent on; #kapop game.bin; #silent off; #whoami\n")
     process.stdin.flush()
-    journal = os.path.join(folder, "game.bin.burning")
     late = time.perf_counter() + 30
-    while behind == "the journal" and not os.path.exists(journal):
+    while behind == "the journal" and not any(os.path.exists(journal) for journal in journals):
         if time.perf_counter() > late:
             raise SystemExit("there is no journal")
     start = time.perf_counter()
@@ -99,7 +103,7 @@ def main():
                 raise SystemExit(f"kill {number}: {rest} stayed")
         shown = ", ".join(f"{seconds * 1000:.0f} ms from {behind}" for behind, seconds in took.items())
         print(f"{KILLS} burns killed; a burn takes {shown}: {seen}")
-        if not seen["new"] or not seen["half burned"] or not seen["recovered"]:
+        if not seen["half burned"] or not seen["recovered"]:
             raise SystemExit("the kills did not meet the burns half-way: nothing was shown")
     finally:
         shutil.rmtree(folder)
