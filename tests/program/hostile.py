@@ -12,6 +12,8 @@ import tempfile
 import time
 import unittest
 
+from desk import Desk
+
 PROGRAM = os.path.abspath(sys.argv.pop(1))
 PAGE = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "docs", "robustness.md")
 SECONDS = 60  # far above what any case takes
@@ -49,18 +51,10 @@ def checksum(journal):
     return value
 
 
-class Hostile(unittest.TestCase):
+class Hostile(Desk):
     def setUp(self):
         self.folder = tempfile.mkdtemp(prefix="tidewright hostile ")
         self.addCleanup(shutil.rmtree, self.folder)
-
-    def write(self, name, content):
-        with open(os.path.join(self.folder, name), "wb") as file:
-            file.write(content if isinstance(content, bytes) else content.encode())
-
-    def read(self, name):
-        with open(os.path.join(self.folder, name), "rb") as file:
-            return file.read()
 
     def start(self, line, stdin=os.devnull):
         """Runs the program; gives its status and the last of its output, and keeps its peak of memory."""

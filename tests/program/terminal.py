@@ -9,11 +9,13 @@ import tempfile
 import time
 import unittest
 
+from desk import Desk
+
 PROGRAM = os.path.abspath(sys.argv.pop(1))
 DATABASE = "#addcmmd walk 5\n#addparm 0\n#addcmmd jump 6\n#addparm 3\n#do\n"
 
 
-class Terminal(unittest.TestCase):
+class Terminal(Desk):
     def setUp(self):
         self.root = tempfile.mkdtemp(prefix="tidewright test ")
         self.addCleanup(shutil.rmtree, self.root)
@@ -21,14 +23,6 @@ class Terminal(unittest.TestCase):
         os.makedirs(os.path.join(self.folder, "base"))
         self.write("base/includes.psh", DATABASE)
         self.write("game.bin", bytes(64))
-
-    def write(self, name, content):
-        with open(os.path.join(self.folder, name), "wb") as file:
-            file.write(content if isinstance(content, bytes) else content.encode())
-
-    def read(self, name):
-        with open(os.path.join(self.folder, name), "rb") as file:
-            return file.read()
 
     def start(self, *arguments, **more):
         """Runs the program in the game's folder; gives exit status, standard output and standard error."""
