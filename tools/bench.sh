@@ -13,9 +13,7 @@ if [ "${1:-}" = --job ]; then
   shift
 fi
 
-need cmake cmake
-need ninja ninja-build
-need g++ g++
+need_build g++ g++
 need as binutils
 need python3 python3
 need_file /usr/bin/time time

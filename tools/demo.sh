@@ -7,9 +7,7 @@ export LC_ALL=C # images and sessions hold bytes of any kind
 cd "$(dirname "$0")/.."
 . tools/need.sh
 
-need cmake cmake
-need ninja ninja-build
-need g++ g++
+need_build g++ g++
 need xxd xxd
 
 demo=build/demo

@@ -5,9 +5,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 . tools/need.sh
-need cmake cmake
-need ninja ninja-build
-need g++ g++
+need_build g++ g++
 need clang++ clang
 need python3 python3
 need_file '/usr/lib/llvm-*/lib/clang/*/lib/linux/libclang_rt.fuzzer-*.a' libclang-rt-dev

@@ -7,9 +7,7 @@ cd "$(dirname "$0")/.."
 need clang-format clang-format
 need clang-tidy clang-tidy
 need cppcheck cppcheck
-need cmake cmake
-need ninja ninja-build
-need clang++ clang
+need_build clang++ clang
 
 git ls-files -z '*.cpp' '*.h' | xargs -0 clang-format --dry-run -Werror
 cmake --preset dev >/dev/null

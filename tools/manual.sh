@@ -8,9 +8,7 @@ cd "$(dirname "$0")/.."
 
 if [ "${1:-}" = --write ]; then
   shift
-  need cmake cmake
-  need ninja ninja-build
-  need g++ g++
+  need_build g++ g++
   need python3 python3
   cmake --preset release >/dev/null
   cmake --build --preset release --target pages >/dev/null

@@ -10,6 +10,13 @@ need_file() {
   compgen -G "$1" >/dev/null || install_package "$2"
 }
 
+# need_build COMPILER PACKAGE: what every build wants, and its compiler.
+need_build() {
+  need cmake cmake
+  need ninja ninja-build
+  need "$1" "$2"
+}
+
 install_package() {
   echo "installing $1"
   local as_root=()

@@ -6,9 +6,7 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 . tools/need.sh
 
-need cmake cmake
-need ninja ninja-build
-need g++ g++
+need_build g++ g++
 need x86_64-w64-mingw32-g++-posix g++-mingw-w64-x86-64-posix
 need dpkg-deb dpkg
 need groff groff-base

@@ -5,9 +5,7 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 . tools/need.sh
 
-need cmake cmake
-need ninja ninja-build
-need x86_64-w64-mingw32-g++-posix g++-mingw-w64-x86-64-posix
+need_build x86_64-w64-mingw32-g++-posix g++-mingw-w64-x86-64-posix
 need wine wine
 need_file /usr/lib/wine/wine64 wine64
 need xvfb-run xvfb

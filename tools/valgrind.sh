@@ -4,9 +4,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 . tools/need.sh
-need cmake cmake
-need ninja ninja-build
-need g++ g++
+need_build g++ g++
 need valgrind valgrind
 
 # Not the program as it is shipped: that has its libraries inside, where valgrind cannot watch their memory.

@@ -13,9 +13,7 @@ need import imagemagick
 
 programs=${1:-build/windows}
 if [ $# -eq 0 ]; then
-  need cmake cmake
-  need ninja ninja-build
-  need x86_64-w64-mingw32-g++-posix g++-mingw-w64-x86-64-posix
+  need_build x86_64-w64-mingw32-g++-posix g++-mingw-w64-x86-64-posix
   { cmake --preset windows && cmake --build --preset windows; } >build-log.txt 2>&1 ||
     { tail -n 60 build-log.txt; exit 1; }
   rm -f build-log.txt
